@@ -1,0 +1,40 @@
+# What every target of this tree shares: warnings as errors, sanitizers, and reproducible arithmetic.
+
+add_library(lumeno_options INTERFACE)
+target_include_directories(lumeno_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+# Fused multiply-add would make conversions and gates depend on the processor.
+target_compile_options(lumeno_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -ffp-contract=off)
+target_compile_definitions(lumeno_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS)
+if(LUMENO_SANITIZE)
+  target_compile_options(lumeno_options INTERFACE
+    -fsanitize=${LUMENO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(lumeno_options INTERFACE -fsanitize=${LUMENO_SANITIZE})
+endif()
+
+# lumeno_library(<name> SOURCES <file>... [LIBRARIES <target>...])
+function(lumeno_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+  add_library(${name} STATIC ${arg_SOURCES})
+  target_link_libraries(${name} PUBLIC lumeno_options ${arg_LIBRARIES})
+endfunction()
+
+# lumeno_test(<name> LABELS <unit|gui|e2e|slow>... SOURCES <file>... [LIBRARIES <target>...])
+#
+# One executable and one ctest entry. Budgets by label: unit tests need no application object and no
+# display and end within a second; gui tests run on the offscreen platform; e2e tests start the real
+# executable; slow tests may take minutes.
+function(lumeno_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;SOURCES;LIBRARIES")
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE lumeno_options lumeno_test_support Qt6::Test ${arg_LIBRARIES})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  add_test(NAME ${name} COMMAND ${name})
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  set_tests_properties(${name} PROPERTIES
+    LABELS "${arg_LABELS}" TIMEOUT ${arg_TIMEOUT}
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+endfunction()

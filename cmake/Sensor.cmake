@@ -1,0 +1,1 @@
+# Picks the library that the acquisition worker is linked with.
