@@ -1,0 +1,23 @@
+#include "attached_source.h"
+
+#include "log.h"
+
+#include <exception>
+
+namespace virtual_kinect {
+
+std::unique_ptr<FrameSource> makeAttachedSource(const std::string& wanted) {
+    try {
+        if (wanted.empty())
+            return nullptr;
+        if (wanted == "room")
+            return makeRoomSource();
+        log(libfreenect2::Logger::Error, "\"" + wanted + "\" is not a recording");
+    } catch (const std::exception& error) {
+        log(libfreenect2::Logger::Error,
+            "\"" + wanted + "\" cannot be shown: " + std::string(error.what()));
+    }
+    return nullptr;
+}
+
+} // namespace virtual_kinect
