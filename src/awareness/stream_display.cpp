@@ -1,0 +1,58 @@
+#include "awareness/stream_display.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString statusText(const FollowDisplay& display, const QString& currentView,
+                   const QString& selectedFollowTarget) {
+    const QString view = currentView.toUpper();
+    if (!display.cropApplied)
+        return u"current view: %1 | %2 | crop applied to display: false"_s.arg(
+            view, selectedFollowTarget);
+    const QRect& crop = display.crop;
+    // The names that a target carries are not ours: all places are filled in one go.
+    return u"VISIBLE FOLLOW ZOOM ACTIVE | current view: %1 | %2 | crop applied to display: true | "
+           "crop %3,%4 %5x%6"_s.arg(view, selectedFollowTarget, QString::number(crop.left()),
+                                    QString::number(crop.top()), QString::number(crop.width()),
+                                    QString::number(crop.height()));
+}
+
+} // namespace
+
+bool tileShowsOverlays(const QString& tileName) {
+    return tileName == u"rgb"_s || tileName.endsWith(u"_rgb"_s);
+}
+
+QRect appliedFollowCrop(const QRect& followCrop, const QSize& imageSize) {
+    const QRect visible = followCrop & QRect(QPoint(), imageSize);
+    const bool smaller =
+        visible.width() < imageSize.width() || visible.height() < imageSize.height();
+    return followCrop.isValid() && visible.isValid() && smaller ? visible : QRect();
+}
+
+QList<FaceOverlay> overlaysInCrop(const QList<FaceOverlay>& overlays, const QRect& crop) {
+    QList<FaceOverlay> inside;
+    for (const FaceOverlay& overlay : overlays) {
+        if (!overlay.rect.intersects(crop))
+            continue;
+        inside.append(overlay);
+        inside.last().rect.translate(-crop.topLeft());
+    }
+    return inside;
+}
+
+FollowDisplay followDisplay(const QSize& imageSize, const QRect& followCrop,
+                            const QList<FaceOverlay>& overlays, const QString& currentView,
+                            const QString& selectedFollowTarget) {
+    FollowDisplay display;
+    display.crop = appliedFollowCrop(followCrop, imageSize);
+    display.cropApplied = display.crop.isValid();
+    display.overlays = display.cropApplied ? overlaysInCrop(overlays, display.crop) : overlays;
+    display.statusText = statusText(display, currentView, selectedFollowTarget);
+    return display;
+}
+
+bool recurringLogDue(qint64 nowMs, qint64 lastLogMs) {
+    return nowMs - lastLogMs > 999;
+}

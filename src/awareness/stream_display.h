@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/face_overlay.h"
+
+#include <QList>
+#include <QRect>
+#include <QSize>
+#include <QString>
+
+/// What the Follow tile shows.
+struct FollowDisplay {
+    bool cropApplied = false;    ///< Only `crop` of the image is shown.
+    QRect crop;                  ///< In pixels of the whole image; meaningful when cropApplied.
+    QList<FaceOverlay> overlays; ///< In pixels of what is shown.
+    QString statusText;          ///< The banner.
+};
+
+/// Whether a tile shows boxes: the colour tiles do, infrared and depth never.
+bool tileShowsOverlays(const QString& tileName);
+
+/// The part of the image that the Follow tile shows: `followCrop` inside the image when that is
+/// valid and smaller than the image in a direction, otherwise a null rectangle for all of it.
+QRect appliedFollowCrop(const QRect& followCrop, const QSize& imageSize);
+
+/// The overlays whose boxes meet `crop`, moved into its coordinates. Boxes that reach over its edge
+/// are not clipped.
+QList<FaceOverlay> overlaysInCrop(const QList<FaceOverlay>& overlays, const QRect& crop);
+
+/// All that the Follow tile shows of an image of `imageSize` pixels, both at least 1. `currentView`
+/// is the key of the view on screen, `selectedFollowTarget` the status of the follow target.
+FollowDisplay followDisplay(const QSize& imageSize, const QRect& followCrop,
+                            const QList<FaceOverlay>& overlays, const QString& currentView,
+                            const QString& selectedFollowTarget);
+
+/// Whether a line that is written at most once a second is due; both times are milliseconds of the
+/// same clock.
+bool recurringLogDue(qint64 nowMs, qint64 lastLogMs);

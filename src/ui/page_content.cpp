@@ -1,0 +1,134 @@
+#include "ui/page_content.h"
+
+#include "ui/side_panels.h"
+#include "ui/view_specs.h"
+#include "voice/speaker_hud.h"
+
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QWidget* person(const QString& name, bool unknown) {
+    auto* widget = new QWidget;
+    auto* layout = new QVBoxLayout(widget);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setAlignment(Qt::AlignCenter);
+
+    auto* label = new QLabel(name);
+    label->setObjectName(u"personName"_s);
+    label->setAlignment(Qt::AlignCenter);
+    layout->addWidget(label);
+
+    auto* silhouette = new QFrame;
+    silhouette->setObjectName(u"personSilhouette"_s);
+    silhouette->setProperty("unknown", unknown);
+    silhouette->setMinimumSize(38, 72);
+    silhouette->setMaximumSize(66, 112);
+    layout->addWidget(silhouette, 0, Qt::AlignCenter);
+    return widget;
+}
+
+QLabel* skeletonHint(const QString& viewKey, bool layoutDebug) {
+    QLabel* hint = makeWrappedLabel(
+        viewKey == u"skeletal"_s
+            ? u"Skeleton/person tracking unavailable. Face/depth awareness is active in Gate 4."_s
+            : u"Skeleton tracking is unavailable. Face/depth awareness is active in live mode."_s,
+        u"sceneHint"_s, layoutDebug);
+    hint->setAlignment(Qt::AlignCenter);
+    return hint;
+}
+
+} // namespace
+
+bool isStreamPage(const QString& viewKey) {
+    return viewKey == u"rgb"_s || viewKey == u"ir"_s || viewKey == u"depth"_s ||
+           viewKey == u"combo"_s;
+}
+
+QFrame* contentFrame(const QString& viewKey, bool layoutDebug) {
+    auto* frame = new QFrame;
+    frame->setObjectName(u"mockViewport"_s);
+    markForLayoutDebug(frame, layoutDebug);
+    frame->setMinimumHeight(isStreamPage(viewKey) ? 320 : 130);
+    frame->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    return frame;
+}
+
+QHBoxLayout* pillRow(const QString& viewKey, bool demoUi) {
+    auto* row = new QHBoxLayout;
+    if (viewKey == u"skeletal"_s)
+        row->addWidget(statusPill(u"Skeleton unavailable"_s, u"warn"_s));
+    else if (demoUi)
+        row->addWidget(statusPill(u"DEMO UI"_s, u"warn"_s));
+    else
+        row->addWidget(statusPill(u"Live streams"_s, u"pending"_s));
+    row->addWidget(statusPill(u"No owner trust"_s, u"warn"_s));
+    row->addStretch();
+    return row;
+}
+
+QStringList demoPeople(const QString& viewKey, bool demoUi) {
+    if (!demoUi)
+        return {};
+    if (viewKey == u"follow"_s)
+        return {u"Tavin DEMO"_s};
+    if (viewKey == u"room"_s || viewKey == u"skeletal"_s)
+        return {u"Tavin DEMO"_s, u"Person 2 DEMO"_s};
+    return {};
+}
+
+void addPeopleScene(QVBoxLayout* layout, const QString& viewKey, const CommandLine& switches) {
+    auto* people = new QHBoxLayout;
+    people->setSpacing(14);
+    people->addStretch();
+    const QStringList names = demoPeople(viewKey, switches.demoUi);
+    for (const QString& name : names)
+        people->addWidget(person(name, name != names.first()));
+    if (names.isEmpty())
+        people->addWidget(skeletonHint(viewKey, switches.layoutDebug), 1);
+    people->addStretch();
+    layout->addLayout(people, 1);
+    layout->addWidget(buildSpeakerHud(switches.demoSpeakerLights, switches.layoutDebug));
+}
+
+QFrame* buildSkeletalTile(bool layoutDebug) {
+    auto* tile = new QFrame;
+    tile->setObjectName(u"mockViewport"_s);
+    markForLayoutDebug(tile, layoutDebug);
+    tile->setMinimumSize(140, 95);
+    auto* layout = new QVBoxLayout(tile);
+    layout->setContentsMargins(10, 8, 10, 8);
+    layout->setSpacing(4);
+    layout->addWidget(makeLabel(u"SKELETAL"_s, u"panelTitle"_s, layoutDebug));
+    layout->addWidget(makeWrappedLabel(u"Unavailable in Gate 4"_s, u"sceneHint"_s, layoutDebug));
+    layout->addWidget(
+        makeWrappedLabel(u"No skeleton backend connected."_s, u"speakerStatus"_s, layoutDebug));
+    layout->addStretch();
+    return tile;
+}
+
+QWidget* pageAround(QWidget* content, const ViewSpec& view, bool layoutDebug) {
+    auto* frame = new QFrame;
+    frame->setObjectName(u"viewFrame"_s);
+    markForLayoutDebug(frame, layoutDebug);
+    auto* layout = new QVBoxLayout(frame);
+    layout->setContentsMargins(10, 8, 10, 8);
+    layout->setSpacing(5);
+    layout->addWidget(makeWrappedLabel(view.title, u"currentView"_s, layoutDebug));
+    layout->addWidget(makeWrappedLabel(view.description, u"sceneHint"_s, layoutDebug));
+    layout->addWidget(content, 1);
+    layout->addWidget(makeWrappedLabel(u"One stable person: Follow View | Multiple people: Room "
+                                       "Overview | Lost grace: 5 sec | No rapid mode flicker"_s,
+                                       u"muted"_s, layoutDebug));
+
+    QScrollArea* page = scrollAreaAround(frame);
+    page->setMinimumSize(0, 0);
+    page->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    return page;
+}

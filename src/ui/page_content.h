@@ -1,0 +1,33 @@
+#pragma once
+
+#include "app/command_line.h"
+
+#include <QStringList>
+
+class QFrame;
+class QHBoxLayout;
+class QVBoxLayout;
+class QWidget;
+struct ViewSpec;
+
+/// Whether the page of this view is filled by live streams alone, without pills above them.
+bool isStreamPage(const QString& viewKey);
+
+/// The empty frame that holds a page's content, higher for pages of live streams alone.
+QFrame* contentFrame(const QString& viewKey, bool layoutDebug);
+
+/// The two status pills above the content of a page that is not of live streams alone.
+QHBoxLayout* pillRow(const QString& viewKey, bool demoUi);
+
+/// The demo people of a view's scene: the owner and a second person for the keys "room" and
+/// "skeletal", the owner for "follow", none for others or without the demo interface.
+QStringList demoPeople(const QString& viewKey, bool demoUi);
+
+/// Adds the scene of a page without live streams: demo people or a hint, and the speaker lights.
+void addPeopleScene(QVBoxLayout* layout, const QString& viewKey, const CommandLine& switches);
+
+/// The tile of the Combo view that says why there is no skeleton.
+QFrame* buildSkeletalTile(bool layoutDebug);
+
+/// A page: heading, description, `content` and the footer line, in a scroll area.
+QWidget* pageAround(QWidget* content, const ViewSpec& view, bool layoutDebug);

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "app/command_line.h"
+
+#include <QList>
+#include <QString>
+#include <utility>
+
+class QFrame;
+class QLabel;
+class QScrollArea;
+class QWidget;
+
+/// Rows of a panel: key text, value text.
+using PanelRows = QList<std::pair<QString, QString>>;
+
+// The panels state the fixed policy and configuration at a glance. They are built once and never
+// updated, the "current view" row included.
+PanelRows roomAwarenessRows(const CommandLine& switches);
+PanelRows sensorStatusRows(const CommandLine& switches);
+PanelRows safetyRows();
+
+/// A label without a parent that takes no mouse and shows `text` literally, mark-up included. An
+/// empty `objectName` leaves it without a name. `layoutDebug` marks it for the debug outline.
+QLabel* makeLabel(const QString& text, const QString& objectName, bool layoutDebug);
+
+/// As makeLabel, with its text wrapped where the line is too short for it.
+QLabel* makeWrappedLabel(const QString& text, const QString& objectName, bool layoutDebug);
+
+/// A small centred tag; `state` ("pending", "safe" or "warn") chooses its colours.
+QLabel* statusPill(const QString& text, const QString& state);
+
+/// A titled frame with one line per row.
+QFrame* buildPanel(const QString& title, const PanelRows& rows, bool layoutDebug);
+
+/// The scrollable column of the three panels.
+QScrollArea* buildRightPanels(const CommandLine& switches);
+
+/// Marks a widget for the debug outline when `layoutDebug`; otherwise leaves it as it is.
+void markForLayoutDebug(QWidget* widget, bool layoutDebug);
+
+/// A frameless, vertically scrolling area around `content` that lets the window's background
+/// through.
+QScrollArea* scrollAreaAround(QWidget* content);

@@ -1,0 +1,126 @@
+#include "awareness/stream_display.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+FaceOverlay overlayAt(const QRect& rect, const QString& label = u"Person"_s) {
+    FaceOverlay overlay;
+    overlay.rect = rect;
+    overlay.label = label;
+    return overlay;
+}
+
+} // namespace
+
+class StreamDisplayTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void onlyColourTilesShowOverlays_data();
+    void onlyColourTilesShowOverlays();
+    void followCrop_data();
+    void followCrop();
+    void cropKeepsTheOverlaysThatMeetItAndMovesThem();
+    void withoutACropEveryOverlayIsShownWhereItIs();
+    void bannerNamesTheCrop();
+    void bannerWithoutACrop();
+    void targetTextIsNoTemplate();
+    void logLineIsDueAfterASecond();
+};
+
+void StreamDisplayTest::onlyColourTilesShowOverlays_data() {
+    QTest::addColumn<bool>("shown");
+    for (const char* colour : {"rgb", "combo_rgb", "room_rgb", "follow_rgb"})
+        QTest::newRow(colour) << true;
+    for (const char* other : {"ir", "depth", "combo_ir", "combo_depth"})
+        QTest::newRow(other) << false;
+}
+
+void StreamDisplayTest::onlyColourTilesShowOverlays() {
+    QTEST(tileShowsOverlays(QString::fromLatin1(QTest::currentDataTag())), "shown");
+}
+
+void StreamDisplayTest::followCrop_data() {
+    QTest::addColumn<QRect>("followCrop");
+    QTest::addColumn<QRect>("applied");
+    const QRect none;
+    QTest::newRow("null") << QRect() << none;
+    QTest::newRow("whole image") << QRect(0, 0, 640, 480) << none;
+    QTest::newRow("larger than the image") << QRect(-10, -10, 900, 900) << none;
+    QTest::newRow("inside") << QRect(10, 20, 100, 50) << QRect(10, 20, 100, 50);
+    QTest::newRow("narrower only") << QRect(1, 0, 639, 480) << QRect(1, 0, 639, 480);
+    QTest::newRow("lower only") << QRect(0, 0, 640, 479) << QRect(0, 0, 640, 479);
+    QTest::newRow("partly outside") << QRect(600, 400, 100, 100) << QRect(600, 400, 40, 80);
+    QTest::newRow("outside") << QRect(640, 0, 100, 100) << none;
+    QTest::newRow("reversed") << QRect(QPoint(50, 50), QPoint(10, 10)) << none;
+    QTest::newRow("one pixel") << QRect(639, 479, 1, 1) << QRect(639, 479, 1, 1);
+}
+
+void StreamDisplayTest::followCrop() {
+    QFETCH(QRect, followCrop);
+    QFETCH(QRect, applied);
+    const QRect crop = appliedFollowCrop(followCrop, {640, 480});
+    QCOMPARE(crop.isValid(), applied.isValid());
+    if (applied.isValid())
+        QCOMPARE(crop, applied);
+    const FollowDisplay display = followDisplay({640, 480}, followCrop, {}, u"rgb"_s, u"t"_s);
+    QCOMPARE(display.cropApplied, applied.isValid());
+}
+
+void StreamDisplayTest::cropKeepsTheOverlaysThatMeetItAndMovesThem() {
+    const QList<FaceOverlay> overlays{
+        overlayAt({90, 40, 20, 20}, u"reaches in"_s),
+        overlayAt({10, 10, 20, 20}, u"outside"_s),
+        overlayAt({300, 200, 40, 40}, u"inside"_s),
+        overlayAt({}, u"no box"_s),
+    };
+    const FollowDisplay display =
+        followDisplay({1280, 720}, {100, 50, 640, 360}, overlays, u"follow"_s, u"t"_s);
+    QCOMPARE(display.overlays.size(), 2);
+    QCOMPARE(display.overlays[0].label, u"reaches in"_s);
+    QCOMPARE(display.overlays[0].rect, QRect(-10, -10, 20, 20));
+    QCOMPARE(display.overlays[1].label, u"inside"_s);
+    QCOMPARE(display.overlays[1].rect, QRect(200, 150, 40, 40));
+}
+
+void StreamDisplayTest::withoutACropEveryOverlayIsShownWhereItIs() {
+    const QList<FaceOverlay> overlays{overlayAt({90, 40, 20, 20}), overlayAt({9000, 0, 5, 5})};
+    const FollowDisplay display = followDisplay({640, 480}, {}, overlays, u"follow"_s, u"t"_s);
+    QCOMPARE(display.overlays.size(), 2);
+    QCOMPARE(display.overlays[1].rect, QRect(9000, 0, 5, 5));
+}
+
+void StreamDisplayTest::bannerNamesTheCrop() {
+    const FollowDisplay display =
+        followDisplay({640, 480}, {10, 20, 300, 200}, {}, u"follow"_s, u"Following Tavin"_s);
+    QCOMPARE(display.statusText,
+             u"VISIBLE FOLLOW ZOOM ACTIVE | current view: FOLLOW | Following Tavin | crop applied "
+             "to display: true | crop 10,20 300x200"_s);
+}
+
+void StreamDisplayTest::bannerWithoutACrop() {
+    const FollowDisplay display =
+        followDisplay({640, 480}, {0, 0, 640, 480}, {}, u"combo"_s, u"No follow target"_s);
+    QCOMPARE(display.statusText,
+             u"current view: COMBO | No follow target | crop applied to display: false"_s);
+}
+
+void StreamDisplayTest::targetTextIsNoTemplate() {
+    const QString target = u"%1 %2 %3 %6 %%"_s;
+    QCOMPARE(followDisplay({9, 9}, {}, {}, u"%2"_s, target).statusText,
+             u"current view: %2 | "_s + target + u" | crop applied to display: false"_s);
+    QVERIFY(followDisplay({9, 9}, {1, 1, 2, 2}, {}, u"%2"_s, target)
+                .statusText.contains(u"current view: %2 | "_s + target + u" | crop applied"_s));
+}
+
+void StreamDisplayTest::logLineIsDueAfterASecond() {
+    QVERIFY(!recurringLogDue(5999, 5000));
+    QVERIFY(recurringLogDue(6000, 5000));
+    QVERIFY(recurringLogDue(1'700'000'000'000, 0));
+}
+
+QTEST_APPLESS_MAIN(StreamDisplayTest)
+#include "stream_display_test.moc"

@@ -1,0 +1,180 @@
+#include "ui/style_sheet.h"
+
+#include "support/log_capture.h"
+#include "ui/page_content.h"
+#include "ui/side_panels.h"
+#include "voice/speaker_hud.h"
+
+#include <QFrame>
+#include <QImage>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A widget with the style sheet that holds `content` at its top left, at its own size.
+std::unique_ptr<QWidget> styled(QWidget* content) {
+    auto holder = std::make_unique<QWidget>();
+    holder->setObjectName(u"root"_s);
+    holder->setAttribute(Qt::WA_StyledBackground);
+    holder->setStyleSheet(applicationStyleSheet());
+    auto* layout = new QVBoxLayout(holder.get());
+    layout->addWidget(content, 0, Qt::AlignLeft | Qt::AlignTop);
+    holder->resize(700, 400);
+    holder->grab(); // Lays out and polishes without a window.
+    return holder;
+}
+
+QColor pixelOf(QWidget* widget, const QPoint& at) {
+    return widget->grab().toImage().pixelColor(at);
+}
+
+/// Middle of the top border line.
+QPoint borderOf(const QWidget* widget) {
+    return {widget->width() / 2, 0};
+}
+
+} // namespace
+
+class StyleSheetTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void isParsedWithoutAWarning();
+    void aBrokenSheetWouldWarn();
+    void pillColoursFollowTheState_data();
+    void pillColoursFollowTheState();
+    void lightsAreGreyGreenOrBlue_data();
+    void lightsAreGreyGreenOrBlue();
+    void silhouettesAreGreenOrBlue();
+    void panelsAndFramesHaveTheirColours();
+    void viewButtonsShowTheCheckedOne();
+    void dividerIsAThinLine();
+    void layoutDebugOutlineIsDashedAmber();
+};
+
+void StyleSheetTest::isParsedWithoutAWarning() {
+    const LogCapture log;
+    const auto holder = styled(statusPill(u"x"_s, u"safe"_s));
+    holder->grab();
+    QCOMPARE(log.warnings(), QStringList());
+}
+
+void StyleSheetTest::aBrokenSheetWouldWarn() {
+    const LogCapture log;
+    QWidget widget;
+    widget.setStyleSheet(applicationStyleSheet() + u"QLabel { color: #12"_s);
+    widget.ensurePolished();
+    QVERIFY(!log.warnings().isEmpty());
+}
+
+void StyleSheetTest::pillColoursFollowTheState_data() {
+    QTest::addColumn<QString>("state");
+    QTest::addColumn<QColor>("background");
+    QTest::addColumn<QColor>("border");
+    QTest::newRow("pending") << u"pending"_s << QColor(u"#253145"_s) << QColor(u"#3a4658"_s);
+    QTest::newRow("safe") << u"safe"_s << QColor(u"#193525"_s) << QColor(u"#356b48"_s);
+    QTest::newRow("warn") << u"warn"_s << QColor(u"#3b2f16"_s) << QColor(u"#81652c"_s);
+}
+
+void StyleSheetTest::pillColoursFollowTheState() {
+    QFETCH(QString, state);
+    QLabel* pill = statusPill(u"Pill"_s, state);
+    const auto holder = styled(pill);
+    QTEST(pixelOf(pill, {4, pill->height() / 2}), "background");
+    QTEST(pixelOf(pill, borderOf(pill)), "border");
+}
+
+void StyleSheetTest::lightsAreGreyGreenOrBlue_data() {
+    QTest::addColumn<bool>("demo");
+    QTest::addColumn<QStringList>("fills");
+    const QString grey = u"#2b3442"_s;
+    const QString green = u"#62e38b"_s;
+    const QString blue = u"#5aa7ff"_s;
+    QTest::newRow("live") << false << QStringList(6, grey);
+    QTest::newRow("demo") << true << QStringList{grey, green, grey, green, blue, grey};
+}
+
+void StyleSheetTest::lightsAreGreyGreenOrBlue() {
+    QFETCH(bool, demo);
+    const auto holder = styled(buildSpeakerHud(demo, false));
+    QStringList fills;
+    for (QFrame* light : holder->findChildren<QFrame*>(u"speakerLight"_s))
+        fills.append(pixelOf(light, light->rect().center()).name());
+    QTEST(fills, "fills");
+}
+
+void StyleSheetTest::silhouettesAreGreenOrBlue() {
+    auto* scene = new QWidget;
+    auto* layout = new QVBoxLayout(scene);
+    CommandLine switches;
+    switches.demoUi = true;
+    addPeopleScene(layout, u"skeletal"_s, switches);
+    const auto holder = styled(scene);
+    const auto silhouettes = holder->findChildren<QFrame*>(u"personSilhouette"_s);
+    QCOMPARE(silhouettes.size(), 2);
+    QCOMPARE(pixelOf(silhouettes[0], silhouettes[0]->rect().center()), QColor(u"#1f6f43"_s));
+    QCOMPARE(pixelOf(silhouettes[1], silhouettes[1]->rect().center()), QColor(u"#243d78"_s));
+    QCOMPARE(pixelOf(silhouettes[0], borderOf(silhouettes[0])), QColor(u"#62e38b"_s));
+    QCOMPARE(pixelOf(silhouettes[1], borderOf(silhouettes[1])), QColor(u"#7fa8ff"_s));
+}
+
+void StyleSheetTest::panelsAndFramesHaveTheirColours() {
+    QFrame* panel = buildPanel(u"T"_s, {{u"k"_s, u"v"_s}}, false);
+    const auto holder = styled(panel);
+    QCOMPARE(pixelOf(panel, {5, panel->height() / 2}), QColor(u"#121821"_s));
+    QCOMPARE(pixelOf(panel, borderOf(panel)), QColor(u"#2a3443"_s));
+    QCOMPARE(pixelOf(holder.get(), {690, 390}), QColor(u"#0d1118"_s));
+
+    QFrame* viewport = contentFrame(u"rgb"_s, false);
+    const auto other = styled(viewport);
+    viewport->setFixedSize(300, 320);
+    QCOMPARE(pixelOf(viewport, borderOf(viewport)), QColor(u"#344254"_s));
+    const QColor top = pixelOf(viewport, {150, 2});
+    const QColor bottom = pixelOf(viewport, {150, 317});
+    QVERIFY2(top.lightness() > bottom.lightness(), "the gradient darkens downwards");
+}
+
+void StyleSheetTest::viewButtonsShowTheCheckedOne() {
+    auto* button = new QPushButton(u"RGB"_s);
+    button->setObjectName(u"viewButton"_s);
+    button->setCheckable(true);
+    const auto holder = styled(button);
+    QCOMPARE(pixelOf(button, {5, button->height() / 2}), QColor(u"#171e2a"_s));
+    button->setChecked(true);
+    QCOMPARE(pixelOf(button, {5, button->height() / 2}), QColor(u"#123a4b"_s));
+    QCOMPARE(pixelOf(button, borderOf(button)), QColor(u"#35c4ee"_s));
+}
+
+void StyleSheetTest::dividerIsAThinLine() {
+    QFrame* panel = buildPanel(u"A long enough title"_s, {}, false);
+    const auto holder = styled(panel);
+    auto* divider = panel->findChild<QFrame*>(u"divider"_s);
+    QVERIFY2(divider->height() <= 3, "a line and its frame");
+    QCOMPARE(pixelOf(divider, divider->rect().center()), QColor(u"#293343"_s));
+}
+
+void StyleSheetTest::layoutDebugOutlineIsDashedAmber() {
+    const auto amberInTopRow = [](bool layoutDebug) {
+        QLabel* label = makeLabel(u"a label that is long enough"_s, u"muted"_s, layoutDebug);
+        const auto holder = styled(label);
+        const QImage image = label->grab().toImage();
+        int amber = 0;
+        // The toolkit draws dashes smoothed, that is, blended with the background.
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor pixel = image.pixelColor(x, 0);
+            amber += pixel.red() > pixel.green() && pixel.green() > pixel.blue() + 20;
+        }
+        return 100 * amber / image.width();
+    };
+    const int percent = amberInTopRow(true);
+    QVERIFY2(percent > 20 && percent < 90, qPrintable(QString::number(percent)));
+    QCOMPARE(amberInTopRow(false), 0);
+}
+
+QTEST_MAIN(StyleSheetTest)
+#include "style_sheet_test.moc"
