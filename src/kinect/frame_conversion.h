@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QImage>
+#include <QList>
+
+#include <cstddef>
+#include <memory>
+
+class ImagePool;
+struct FrameKernels;
+
+/// A sensor frame as plain memory: row-major pixels without gaps, owned by somebody else.
+struct FrameView {
+    const unsigned char* data = nullptr; ///< Needs no alignment.
+    std::size_t width = 0;               ///< In pixels.
+    std::size_t height = 0;              ///< In pixels.
+    std::size_t bytesPerPixel = 0;
+    bool rgbx = false; ///< Colour pixels are R, G, B, X instead of B, G, R, X.
+};
+
+/// Whether the frame has data, a size and four bytes per pixel. What is not usable gives a null
+/// image from each of the functions below, as does a size that QImage cannot hold.
+bool isUsable(const FrameView& frame);
+
+/// Turns frames into RGB888 images of the frame's own size, neither scaled nor mirrored, and keeps
+/// nothing from one frame to the next but buffers.
+class FrameConverter {
+public:
+    /// Converts with the fastest kernels of this processor.
+    FrameConverter();
+    /// Converts with `chosen` kernels, which must outlive the converter. All give the same bytes.
+    explicit FrameConverter(const FrameKernels& chosen);
+    ~FrameConverter();
+
+    /// The colour frame: R, G, B of every pixel as delivered; the fourth byte is dropped.
+    QImage color(const FrameView& frame);
+
+    /// The infrared frame (one float per pixel, raw intensity) as a grey image.
+    ///
+    /// 1. A value is valid when it is finite and greater than 0; invalid ones are black.
+    /// 2. The grey range starts at the least valid value. It ends at the greatest, or 85 % of the
+    /// way
+    ///    to it, or 1200 above the least: where the greatest lies above both of the latter two, the
+    ///    range ends at the higher of them and what is above is saturated.
+    /// 3. Values are spread evenly over 0 to 255 and truncated. A range of 1 or less is not
+    ///    stretched any further than 255 to the unit.
+    ///
+    /// Null when no value is valid or all valid values are equal. Computed in double precision.
+    QImage infrared(const FrameView& frame);
+
+    /// The depth frame (one float per pixel, millimetres) on the jet colour ramp: dark red up to
+    /// 500 mm, dark blue from 4500 mm on, black where the value is not finite or outside 250 to
+    /// 8000 mm. Null when no pixel is inside. Computed in single precision.
+    QImage depth(const FrameView& frame);
+
+private:
+    const FrameKernels& kernels;
+    std::unique_ptr<ImagePool> colorImages;
+    std::unique_ptr<ImagePool> infraredImages;
+    std::unique_ptr<ImagePool> depthImages;
+};
+
+/// The depth frame's values, unchanged: width x height floats, row-major, in millimetres, 0 where
+/// there is no reading. Empty without data or with other than four bytes per pixel; whether any
+/// value is valid does not matter.
+QList<float> rawDepth(const FrameView& frame);
