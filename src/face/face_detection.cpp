@@ -1,0 +1,241 @@
+#include "face/face_detection.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <opencv2/imgproc.hpp>
+
+namespace {
+
+constexpr double mergeOverlap = 0.35;
+/// A merged box is replaced by one that is this much larger.
+constexpr double mergeLargerArea = 1.2;
+
+// The body pass searches crops at their full size for faces too small for the shrunk frame.
+constexpr int regionMinFaceSize = 24;
+constexpr int regionMinQualityFaceSize = 34;
+constexpr int regionMinWidth = 60;
+constexpr int regionMinHeight = 120;
+constexpr int headMinSide = 40;
+/// A lower body is most likely a head and shoulders: its crop has this height instead of half.
+constexpr int headLowBodyHeight = 80;
+constexpr int lowBodyHeight = 160;
+/// Wide crops hold near people, whose faces need less enlarging.
+constexpr int wideCrop = 220;
+
+constexpr char farCropSuffix[] = "+far_crop";
+
+double area(const cv::Rect& rect) {
+    return static_cast<double>(rect.width) * static_cast<double>(rect.height);
+}
+
+int scaled(int value, double factor) {
+    return static_cast<int>(value * factor);
+}
+
+bool shrinks(const Options& options) {
+    return options.detectScale < 1.0;
+}
+
+/// The image that a cascade searches; empty when shrinking leaves no pixel.
+cv::Mat prepared(const cv::Mat& grey, const Options& options) {
+    cv::Mat image;
+    if (shrinks(options)) {
+        const cv::Size size(cvRound(grey.cols * options.detectScale),
+                            cvRound(grey.rows * options.detectScale));
+        if (size.empty())
+            return image;
+        cv::resize(grey, image, cv::Size(), options.detectScale, options.detectScale,
+                   cv::INTER_AREA);
+    } else {
+        image = grey;
+    }
+    if (!image.empty())
+        cv::equalizeHist(image, image);
+    return image;
+}
+
+std::vector<cv::Rect> detectPrepared(cv::CascadeClassifier& cascade, const cv::Mat& image,
+                                     const Options& options) {
+    std::vector<cv::Rect> hits;
+    if (image.empty())
+        return hits;
+    const int minSide = std::max(1, scaled(options.minFaceSize, options.detectScale));
+    cascade.detectMultiScale(image, hits, options.scaleFactor, options.minNeighbors, 0,
+                             cv::Size(minSide, minSide), cv::Size());
+    const double back = 1.0 / options.detectScale;
+    for (cv::Rect& hit : hits) {
+        hit = cv::Rect(scaled(hit.x, back), scaled(hit.y, back), scaled(hit.width, back),
+                       scaled(hit.height, back));
+    }
+    return hits;
+}
+
+/// Makes what the detectors of one image search, each picture once where that changes no pixel.
+class SearchImages {
+public:
+    SearchImages(const cv::Mat& source, const Options& settings)
+        : grey(source), options(settings) {}
+
+    const cv::Mat& upright() {
+        // An unshrunk image is equalised in place, and anew for every detector: equalising a second
+        // time does change pixels, so the result of the first time cannot stand for it.
+        if (shrunk.empty() || !shrinks(options))
+            shrunk = prepared(grey, options);
+        return shrunk;
+    }
+
+    cv::Mat mirrored() {
+        cv::Mat mirror;
+        // Halving an even width takes the same pairs of columns from either side; in general the
+        // mirror image has to be shrunk on its own. Equalising does not care where pixels are.
+        if (options.detectScale == 0.5 && grey.cols % 2 == 0) {
+            if (!upright().empty())
+                cv::flip(upright(), mirror, 1);
+            return mirror;
+        }
+        cv::flip(grey, mirror, 1);
+        return prepared(mirror, options);
+    }
+
+private:
+    const cv::Mat& grey;
+    const Options& options;
+    cv::Mat shrunk;
+};
+
+/// Where the head of a body is looked for; empty where the body is not searched.
+cv::Rect headCrop(const QRect& body, const cv::Size& image) {
+    if (image.empty() || body.isEmpty())
+        return {};
+    const int left = std::max(body.left(), 0);
+    const int top = std::max(body.top(), 0);
+    const int right = std::min(body.right(), image.width - 1);
+    const int bottom = std::min(body.bottom(), image.height - 1);
+    if (left > right || top > bottom)
+        return {};
+    const int width = right - left + 1;
+    const int height = bottom - top + 1;
+    if (width < regionMinWidth || height < regionMinHeight)
+        return {};
+    cv::Rect crop(left + width / 8, top, 3 * width / 4,
+                  height < lowBodyHeight ? headLowBodyHeight : height / 2);
+    crop.width = std::min(crop.width, image.width - crop.x);
+    crop.height = std::min(crop.height, image.height - crop.y);
+    return crop.width < headMinSide || crop.height < headMinSide ? cv::Rect() : crop;
+}
+
+} // namespace
+
+bool loadCascade(cv::CascadeClassifier& cascade, const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error))
+        return false;
+    try {
+        return cascade.load(path);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+double rectIou(const cv::Rect& a, const cv::Rect& b) {
+    if (a.width <= 0 || a.height <= 0 || b.width <= 0 || b.height <= 0)
+        return 0.0;
+    const double width =
+        std::min<double>(double(a.x) + a.width, double(b.x) + b.width) - std::max<double>(a.x, b.x);
+    const double height = std::min<double>(double(a.y) + a.height, double(b.y) + b.height) -
+                          std::max<double>(a.y, b.y);
+    if (width <= 0.0 || height <= 0.0)
+        return 0.0;
+    const double intersection = width * height;
+    return intersection / (area(a) + area(b) - intersection);
+}
+
+int detectorPriority(const std::string& detector) {
+    if (detector == "frontal")
+        return 3;
+    return detector == "profile_left" || detector == "profile_right" ? 2 : 1;
+}
+
+std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& grey,
+                                  const Options& options) {
+    return detectPrepared(cascade, prepared(grey, options), options);
+}
+
+std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascade,
+                                            cv::CascadeClassifier* profileCascade, cv::Mat& grey,
+                                            const Options& options, const StopCheck& stop) {
+    std::vector<FaceDetection> found;
+    if (grey.empty())
+        return found;
+    const bool all = options.detector == "frontal_or_profile";
+    SearchImages images(grey, options);
+    if ((all || options.detector == "frontal") && !stopAsked(stop)) {
+        for (const cv::Rect& hit : detectPrepared(frontalCascade, images.upright(), options))
+            found.push_back({hit, "frontal"});
+    }
+    if (profileCascade && (all || options.detector == "profile_left") && !stopAsked(stop)) {
+        for (const cv::Rect& hit : detectPrepared(*profileCascade, images.upright(), options))
+            found.push_back({hit, "profile_left"});
+    }
+    if (profileCascade && (all || options.detector == "profile_right") && !stopAsked(stop)) {
+        for (cv::Rect hit : detectPrepared(*profileCascade, images.mirrored(), options)) {
+            hit.x = grey.cols - hit.x - hit.width;
+            found.push_back({hit, "profile_right"});
+        }
+    }
+    return dedupeDetections(std::move(found));
+}
+
+std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& frontalCascade,
+                                                    cv::CascadeClassifier* profileCascade,
+                                                    const cv::Mat& grey, const Options& options,
+                                                    const QList<QRect>& bodyRegions,
+                                                    const StopCheck& stop) {
+    Options cropOptions = options;
+    cropOptions.detectScale = 1.0;
+    cropOptions.minFaceSize = regionMinFaceSize;
+    cropOptions.minQualityFaceSize = regionMinQualityFaceSize;
+
+    std::vector<FaceDetection> found;
+    for (const QRect& body : bodyRegions) {
+        const cv::Rect crop = headCrop(body, grey.size());
+        if (crop.empty())
+            continue;
+        if (stopAsked(stop))
+            break;
+        const double factor = crop.width >= wideCrop ? 1.5 : 2.0;
+        cv::Mat enlarged;
+        cv::resize(grey(crop), enlarged, cv::Size(), factor, factor, cv::INTER_CUBIC);
+        for (const FaceDetection& hit :
+             detectFacesMulti(frontalCascade, profileCascade, enlarged, cropOptions, stop)) {
+            found.push_back({cv::Rect(static_cast<int>(hit.rect.x / factor) + crop.x,
+                                      static_cast<int>(hit.rect.y / factor) + crop.y,
+                                      static_cast<int>(hit.rect.width / factor),
+                                      static_cast<int>(hit.rect.height / factor)),
+                             hit.detector + farCropSuffix});
+        }
+    }
+    return dedupeDetections(std::move(found));
+}
+
+std::vector<FaceDetection> dedupeDetections(std::vector<FaceDetection> detections) {
+    std::stable_sort(detections.begin(), detections.end(),
+                     [](const FaceDetection& a, const FaceDetection& b) {
+                         if (area(a.rect) != area(b.rect))
+                             return area(a.rect) > area(b.rect);
+                         return detectorPriority(a.detector) > detectorPriority(b.detector);
+                     });
+    std::vector<FaceDetection> merged;
+    for (const FaceDetection& hit : detections) {
+        const auto kept =
+            std::find_if(merged.begin(), merged.end(), [&hit](const FaceDetection& other) {
+                return rectIou(hit.rect, other.rect) >= mergeOverlap;
+            });
+        if (kept == merged.end())
+            merged.push_back(hit);
+        else if (detectorPriority(hit.detector) > detectorPriority(kept->detector) ||
+                 area(hit.rect) > mergeLargerArea * area(kept->rect))
+            *kept = hit;
+    }
+    return merged;
+}

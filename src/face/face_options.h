@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+/// The settings of face detection and recognition: one value per run of the worker. Paths are
+/// 8-bit file-system paths; relative ones start at the working directory.
+struct Options {
+    std::string samplesDir = "faces/tavin";               ///< The owner's training images.
+    std::string modelPath = "models/face_recognizer.yml"; ///< Where the trained model is written.
+    std::string frontalCascadePath =
+        "/usr/share/opencv4/haarcascades/haarcascade_frontalface_default.xml";
+    /// Trained on one side of the face; the other side is found on the mirror image.
+    std::string profileCascadePath = "/usr/share/opencv4/haarcascades/haarcascade_profileface.xml";
+    /// Which detectors run: "frontal", "profile_left", "profile_right" or "frontal_or_profile".
+    std::string detector = "frontal_or_profile";
+    double candidateThreshold = 60.0; ///< Largest recogniser distance that counts as the owner.
+    double detectScale = 0.5;         ///< The grey frame is shrunk by this before detection.
+    double scaleFactor = 1.1;         ///< Cascade pyramid step.
+    int minNeighbors = 4;             ///< Cascade minimum neighbours.
+    int minFaceSize = 30;             ///< Smallest face side, full-resolution pixels.
+    int minQualityFaceSize = 80;      ///< Smallest face side accepted for recognition, pixels.
+    double minSharpness = 60.0;       ///< Smallest variance of the Laplacian, grey levels squared.
+    double minBrightness = 35.0;      ///< Smallest mean grey level, 0 to 255.
+    double maxBrightness = 220.0;     ///< Largest mean grey level, 0 to 255.
+    double minContrast = 20.0;        ///< Smallest grey-level standard deviation.
+};
+
+/// Asked between the pieces of a long piece of work; true means: give up now. Empty: never.
+using StopCheck = std::function<bool()>;
+
+inline bool stopAsked(const StopCheck& stop) {
+    return stop && stop();
+}

@@ -1,0 +1,60 @@
+#include "face/face_pass.h"
+
+#include "face/face_quality.h"
+#include "face/owner_samples.h"
+
+#include <opencv2/imgproc.hpp>
+
+namespace {
+
+/// Asks the recogniser about a face. The samples are not equalised, faces are; the candidate
+/// threshold was chosen with that difference in place.
+void recognise(FaceObservation& face, const cv::Mat& crop, cv::face::FaceRecognizer& recognizer,
+               const Options& options) {
+    cv::Mat equalised;
+    cv::equalizeHist(crop, equalised);
+    cv::Mat query;
+    cv::resize(equalised, query, cv::Size(sampleSidePx, sampleSidePx), 0.0, 0.0, cv::INTER_AREA);
+    int label = -1;
+    recognizer.predict(query, label, face.distance);
+    face.owner = label == ownerClass && face.distance <= options.candidateThreshold;
+}
+
+} // namespace
+
+cv::Mat greyFrame(const QImage& frame) {
+    cv::Mat grey;
+    const QImage rgb = frame.convertToFormat(QImage::Format_RGB888);
+    if (rgb.isNull())
+        return grey;
+    const cv::Mat pixels(rgb.height(), rgb.width(), CV_8UC3, const_cast<uchar*>(rgb.constBits()),
+                         static_cast<std::size_t>(rgb.bytesPerLine()));
+    cv::cvtColor(pixels, grey, cv::COLOR_RGB2GRAY);
+    return grey;
+}
+
+FacePass findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
+                   const QList<QRect>& bodyRegions, const StopCheck& stop) {
+    cv::CascadeClassifier* profile = tools.profile.empty() ? nullptr : &tools.profile;
+    std::vector<FaceDetection> found =
+        detectFacesMulti(tools.frontal, profile, grey, options, stop);
+    const std::vector<FaceDetection> inRegions =
+        detectFacesInBodyRegions(tools.frontal, profile, grey, options, bodyRegions, stop);
+    found.insert(found.end(), inRegions.begin(), inRegions.end());
+
+    FacePass pass;
+    pass.bodyRegionFaces = static_cast<int>(inRegions.size());
+    const cv::Rect frame(0, 0, grey.cols, grey.rows);
+    for (const FaceDetection& detection : dedupeDetections(std::move(found))) {
+        if (stopAsked(stop))
+            break;
+        FaceObservation face{detection.rect & frame, detection.detector};
+        if (face.rect.empty())
+            continue;
+        const cv::Mat crop = grey(face.rect);
+        if (faceQuality(crop, options) == "accepted")
+            recognise(face, crop, *tools.recognizer, options);
+        pass.faces.push_back(std::move(face));
+    }
+    return pass;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "face/face_options.h"
+
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+/// One image of the owner.
+struct TrainingSample {
+    cv::Mat image; ///< 8-bit grey, exactly 160 x 160 pixels.
+    int label = 1; ///< Class label; always the owner's.
+};
+
+inline constexpr int ownerClass = 1;     ///< The only label that is ever trained.
+inline constexpr int sampleSidePx = 160; ///< Side of every sample and of every face predicted.
+
+/// Appends the owner's images found in `directory` and below to `samples`, in ascending order of
+/// path components: regular files named .png, .jpg, .jpeg or .pgm in lower case, read as grey and
+/// squeezed to 160 x 160. Returns whether `samples` is non-empty; false for a missing directory.
+/// Files that cannot be read, and images of more than 64 megapixels, are skipped without a message;
+/// never throws for what lies in a file. `stop` is asked between files and ends the scan.
+bool loadTavinSamples(const std::string& directory, std::vector<TrainingSample>& samples,
+                      const StopCheck& stop = {});
