@@ -1,0 +1,213 @@
+#include "face/owner_model.h"
+#include "support/temporary_place.h"
+#include "synthetic_face.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+#include <csignal>
+#include <sys/resource.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::vector<TrainingSample> faces(int count) {
+    std::vector<TrainingSample> samples;
+    for (int i = 0; i < count; ++i)
+        samples.push_back({syntheticFace(160, static_cast<unsigned>(i) + 1), ownerClass});
+    return samples;
+}
+
+QByteArray readBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+void writeBytes(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), content.size());
+}
+
+/// Lets no file of this process grow past `bytes`, as a full disk would.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit limit{bytes, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit before{};
+    void (*handler)(int);
+};
+
+} // namespace
+
+class OwnerModelTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { place.emplace(); }
+    void cleanup() { place.reset(); }
+    void slicesTrainTheModelThatOneTrainingGives();
+    void theModelKnowsItsSamples();
+    void aStopEndsTheTraining();
+    void theFileIsTheLibrarysOwn();
+    void missingFoldersAreMade();
+    void anEarlierFileIsReplacedWhole();
+    void aLinkIsReplacedAndItsTargetKept();
+    void aStopLeavesTheEarlierFile();
+    void whatCannotBeWrittenLeavesNothingBehind_data();
+    void whatCannotBeWrittenLeavesNothingBehind();
+    void aReadOnlyFolderIsNoFailureOfTheProgram();
+    void aFullDiskLeavesTheEarlierFile();
+
+private:
+    std::optional<TemporaryPlace> place;
+};
+
+void OwnerModelTest::slicesTrainTheModelThatOneTrainingGives() {
+    const std::vector<TrainingSample> samples = faces(35);
+    std::vector<cv::Mat> images;
+    std::vector<int> labels;
+    for (const TrainingSample& sample : samples) {
+        images.push_back(sample.image);
+        labels.push_back(sample.label);
+    }
+    auto whole = cv::face::LBPHFaceRecognizer::create(1, 8, 8, 8, DBL_MAX);
+    whole->train(images, labels);
+    const auto sliced = trainOwnerModel(samples);
+    QCOMPARE(sliced->getHistograms().size(), whole->getHistograms().size());
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        QCOMPARE(cv::norm(sliced->getHistograms()[i], whole->getHistograms()[i], cv::NORM_INF),
+                 0.0);
+    QCOMPARE(cv::norm(sliced->getLabels(), whole->getLabels(), cv::NORM_INF), 0.0);
+    QCOMPARE(sliced->getRadius(), 1);
+    QCOMPARE(sliced->getNeighbors(), 8);
+    QCOMPARE(sliced->getGridX(), 8);
+    QCOMPARE(sliced->getGridY(), 8);
+    QCOMPARE(sliced->getThreshold(), DBL_MAX);
+}
+
+void OwnerModelTest::theModelKnowsItsSamples() {
+    const auto model = trainOwnerModel(faces(3));
+    int label = -1;
+    double distance = -1.0;
+    model->predict(syntheticFace(160, 2), label, distance);
+    QCOMPARE(label, ownerClass);
+    QCOMPARE(distance, 0.0);
+    model->predict(cv::Mat(160, 160, CV_8U, cv::Scalar(0)), label, distance);
+    QCOMPARE(label, ownerClass);
+    QVERIFY(distance > Options().candidateThreshold);
+}
+
+void OwnerModelTest::aStopEndsTheTraining() {
+    int asked = 0;
+    QVERIFY(!trainOwnerModel(faces(40), [&asked] { return ++asked > 1; }));
+    QCOMPARE(asked, 2);
+}
+
+void OwnerModelTest::theFileIsTheLibrarysOwn() {
+    for (const int count : {1, 20}) {
+        const auto model = trainOwnerModel(faces(count));
+        model->write("own.yml");
+        QVERIFY(writeOwnerModel(*model, "ours.yml"));
+        QVERIFY(readBytes(u"ours.yml"_s).size() > 10000);
+        QVERIFY(readBytes(u"ours.yml"_s) == readBytes(u"own.yml"_s));
+    }
+}
+
+void OwnerModelTest::missingFoldersAreMade() {
+    const auto model = trainOwnerModel(faces(1));
+    QVERIFY(writeOwnerModel(*model, "a/b/model.yml"));
+    QVERIFY(QFile::exists(u"a/b/model.yml"_s));
+    QCOMPARE(QDir(u"a/b"_s).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList{u"model.yml"_s});
+}
+
+void OwnerModelTest::anEarlierFileIsReplacedWhole() {
+    writeBytes(u"model.yml"_s, QByteArray(5000000, 'x'));
+    const auto model = trainOwnerModel(faces(1));
+    QVERIFY(writeOwnerModel(*model, "model.yml"));
+    model->write("own.yml");
+    QVERIFY(readBytes(u"model.yml"_s) == readBytes(u"own.yml"_s));
+}
+
+void OwnerModelTest::aLinkIsReplacedAndItsTargetKept() {
+    writeBytes(u"precious.txt"_s, "mine");
+    QVERIFY(QFile::link(u"precious.txt"_s, u"model.yml"_s));
+    QVERIFY(writeOwnerModel(*trainOwnerModel(faces(1)), "model.yml"));
+    QCOMPARE(readBytes(u"precious.txt"_s), "mine");
+    QVERIFY(!QFileInfo(u"model.yml"_s).isSymLink());
+}
+
+void OwnerModelTest::aStopLeavesTheEarlierFile() {
+    writeBytes(u"model.yml"_s, "earlier");
+    int asked = 0;
+    QVERIFY(!writeOwnerModel(*trainOwnerModel(faces(9)), "model.yml",
+                             [&asked] { return ++asked > 4; }));
+    QCOMPARE(asked, 5);
+    QCOMPARE(readBytes(u"model.yml"_s), "earlier");
+    QCOMPARE(QDir().entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList{u"model.yml"_s});
+}
+
+void OwnerModelTest::whatCannotBeWrittenLeavesNothingBehind_data() {
+    QTest::addColumn<QString>("path");
+    QTest::newRow("the folder is a file") << u"file/model.yml"_s;
+    QTest::newRow("the folder is a dangling link") << u"dangling/model.yml"_s;
+    QTest::newRow("the file is a folder") << u"folder"_s;
+    QTest::newRow("no name") << QString();
+    QTest::newRow("not a place for files") << u"/proc/model.yml"_s;
+    QTest::newRow("not a place for folders") << u"/proc/models/model.yml"_s;
+    QTest::newRow("name too long") << QString(300, u'x');
+}
+
+void OwnerModelTest::whatCannotBeWrittenLeavesNothingBehind() {
+    QFETCH(QString, path);
+    writeBytes(u"file"_s, "file");
+    QVERIFY(QDir().mkpath(u"folder/inner"_s));
+    QVERIFY(QFile::link(u"nowhere/at/all"_s, u"dangling"_s));
+    QVERIFY(!writeOwnerModel(*trainOwnerModel(faces(1)), path.toStdString()));
+    QCOMPARE(QDir().entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                              QDir::Name),
+             (QStringList{u"dangling"_s, u"file"_s, u"folder"_s}));
+    QCOMPARE(readBytes(u"file"_s), "file");
+}
+
+void OwnerModelTest::aReadOnlyFolderIsNoFailureOfTheProgram() {
+    if (geteuid() == 0)
+        QSKIP("permissions do not bind the super-user");
+    QVERIFY(QDir().mkdir(u"models"_s));
+    QVERIFY(QFile::setPermissions(u"models"_s, QFile::ReadOwner | QFile::ExeOwner));
+    QVERIFY(!writeOwnerModel(*trainOwnerModel(faces(1)), "models/model.yml"));
+    QVERIFY(
+        QFile::setPermissions(u"models"_s, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QVERIFY(QDir(u"models"_s).isEmpty());
+}
+
+void OwnerModelTest::aFullDiskLeavesTheEarlierFile() {
+    writeBytes(u"model.yml"_s, "earlier");
+    const auto model = trainOwnerModel(faces(9));
+    for (const rlim_t bytes : {0UL, 10UL, 100000UL, 400000UL}) {
+        const FileSizeLimit limit(bytes);
+        QVERIFY(!writeOwnerModel(*model, "model.yml"));
+    }
+    QCOMPARE(readBytes(u"model.yml"_s), "earlier");
+    QCOMPARE(QDir().entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList{u"model.yml"_s});
+    QVERIFY(writeOwnerModel(*model, "model.yml"));
+}
+
+QTEST_APPLESS_MAIN(OwnerModelTest)
+#include "owner_model_test.moc"

@@ -1,0 +1,238 @@
+#include "face/owner_samples.h"
+#include "support/temporary_place.h"
+#include "synthetic_face.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Writes a flat grey image; the level tells samples apart.
+void writeImage(const QString& path, int level, cv::Size size = {160, 160}) {
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QVERIFY(cv::imwrite(path.toStdString(), cv::Mat(size, CV_8U, cv::Scalar(level))));
+}
+
+void writeBytes(const QString& path, const QByteArray& content) {
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), content.size());
+}
+
+QByteArray readBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QList<int> levels(const std::vector<TrainingSample>& samples) {
+    QList<int> list;
+    for (const TrainingSample& sample : samples)
+        list.append(sample.image.at<uchar>(80, 80));
+    return list;
+}
+
+} // namespace
+
+class OwnerSamplesTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { place.emplace(); }
+    void cleanup() { place.reset(); }
+    void aMissingFolderHoldsNoSamples();
+    void aFileInTheFoldersPlaceHoldsNoSamples();
+    void onlyTheFourLowerCaseExtensionsCount();
+    void manifestAndUpperCaseExtensionsAloneAreNoSamples();
+    void nestedFilesComeInTheOrderOfPathComponents();
+    void everySampleIsSqueezedTo160Grey();
+    void samplesAreNotEqualised();
+    void linksToFilesAreFollowed();
+    void damagedFilesAreSkipped_data();
+    void damagedFilesAreSkipped();
+    void mislabelledImagesAreReadByTheirContent();
+    void foldersPipesAndDevicesAreNotRead();
+    void aStopEndsTheScanBetweenFiles();
+    void samplesAreAppended();
+
+private:
+    std::optional<TemporaryPlace> place;
+};
+
+void OwnerSamplesTest::aMissingFolderHoldsNoSamples() {
+    std::vector<TrainingSample> samples;
+    QVERIFY(!loadTavinSamples("faces/tavin", samples));
+    QVERIFY(!loadTavinSamples("", samples));
+    QVERIFY(QDir().mkpath(u"faces/tavin"_s));
+    QVERIFY(!loadTavinSamples("faces/tavin", samples));
+    QVERIFY(QFile::link(u"nowhere"_s, u"dangling"_s));
+    QVERIFY(!loadTavinSamples("dangling", samples));
+}
+
+void OwnerSamplesTest::aFileInTheFoldersPlaceHoldsNoSamples() {
+    writeImage(u"faces/tavin.png"_s, 10);
+    std::vector<TrainingSample> samples;
+    QVERIFY(!loadTavinSamples("faces/tavin.png", samples));
+}
+
+void OwnerSamplesTest::onlyTheFourLowerCaseExtensionsCount() {
+    writeImage(u"s/1.png"_s, 10);
+    writeImage(u"s/2.jpg"_s, 20);
+    writeImage(u"s/3.jpeg"_s, 30);
+    writeImage(u"s/4.pgm"_s, 40);
+    for (const char* name : {"s/5.PNG", "s/6.JPG", "s/7.bmp", "s/8", "s/.png", "s/9.png.txt"}) {
+        writeImage(u"whole.png"_s, 99);
+        QVERIFY(QFile::copy(u"whole.png"_s, QString::fromLatin1(name)));
+    }
+    std::vector<TrainingSample> samples;
+    QVERIFY(loadTavinSamples("s", samples));
+    QCOMPARE(levels(samples), (QList<int>{10, 20, 30, 40}));
+}
+
+void OwnerSamplesTest::manifestAndUpperCaseExtensionsAloneAreNoSamples() {
+    writeBytes(u"s/manifest.json"_s, "{}");
+    writeImage(u"1.jpeg"_s, 10);
+    QVERIFY(QFile::copy(u"1.jpeg"_s, u"s/1.JPEG"_s));
+    std::vector<TrainingSample> samples;
+    QVERIFY(!loadTavinSamples("s", samples));
+    QVERIFY(samples.empty());
+}
+
+void OwnerSamplesTest::nestedFilesComeInTheOrderOfPathComponents() {
+    writeImage(u"faces/tavin/b/1.png"_s, 40);
+    writeImage(u"faces/tavin/a/9.png"_s, 20);
+    writeImage(u"faces/tavin/a/10.png"_s, 10);
+    // As text "a-b/…" sorts before "a/…", as components it comes after.
+    writeImage(u"faces/tavin/a-b/1.png"_s, 30);
+    writeImage(u"faces/tavin/c.png"_s, 50);
+    std::vector<TrainingSample> samples;
+    QVERIFY(loadTavinSamples("faces/tavin", samples));
+    QCOMPARE(levels(samples), (QList<int>{10, 20, 30, 40, 50}));
+}
+
+void OwnerSamplesTest::everySampleIsSqueezedTo160Grey() {
+    cv::Mat wide(240, 320, CV_8UC3);
+    cv::RNG(1).fill(wide, cv::RNG::UNIFORM, 0, 256);
+    QVERIFY(QDir().mkpath(u"s"_s));
+    QVERIFY(cv::imwrite("s/wide.png", wide));
+    std::vector<TrainingSample> samples;
+    QVERIFY(loadTavinSamples("s", samples));
+    QCOMPARE(samples.size(), 1U);
+    QCOMPARE(samples[0].image.size(), cv::Size(160, 160));
+    QCOMPARE(samples[0].image.type(), CV_8UC1);
+    QCOMPARE(samples[0].label, 1);
+    cv::Mat expected;
+    cv::resize(cv::imread("s/wide.png", cv::IMREAD_GRAYSCALE), expected, cv::Size(160, 160), 0, 0,
+               cv::INTER_AREA);
+    QCOMPARE(cv::norm(samples[0].image, expected, cv::NORM_INF), 0.0);
+}
+
+void OwnerSamplesTest::samplesAreNotEqualised() {
+    QVERIFY(QDir().mkpath(u"s"_s));
+    const cv::Mat face = syntheticFace(160);
+    QVERIFY(cv::imwrite("s/face.png", face));
+    std::vector<TrainingSample> samples;
+    QVERIFY(loadTavinSamples("s", samples));
+    QCOMPARE(cv::norm(samples[0].image, face, cv::NORM_INF), 0.0);
+}
+
+void OwnerSamplesTest::linksToFilesAreFollowed() {
+    writeImage(u"elsewhere/x.png"_s, 70);
+    QVERIFY(QDir().mkpath(u"s/loop"_s));
+    QVERIFY(QFile::link(QDir::current().filePath(u"elsewhere/x.png"_s), u"s/link.png"_s));
+    QVERIFY(QFile::link(u"nowhere"_s, u"s/dangling.png"_s));
+    QVERIFY(QFile::link(QDir::current().filePath(u"s"_s), u"s/loop/again"_s));
+    std::vector<TrainingSample> samples;
+    QVERIFY(loadTavinSamples("s", samples));
+    QCOMPARE(levels(samples), QList<int>{70});
+}
+
+void OwnerSamplesTest::damagedFilesAreSkipped_data() {
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("content");
+    cv::Mat noise(64, 64, CV_8U);
+    cv::RNG(1).fill(noise, cv::RNG::UNIFORM, 0, 256);
+    std::vector<uchar> encoded;
+    cv::imencode(".png", noise, encoded);
+    const QByteArray png(reinterpret_cast<const char*>(encoded.data()),
+                         static_cast<qsizetype>(encoded.size()));
+    QByteArray hugePng = png;
+    hugePng.replace(16, 8, QByteArray::fromHex("7fffffff7fffffff"));
+    QByteArray largePng = png; // 30000 x 30000, with a header that is true to itself or not.
+    largePng.replace(16, 8, QByteArray::fromHex("0000753000007530"));
+    QTest::newRow("empty") << u"a.png"_s << QByteArray();
+    QTest::newRow("text") << u"a.jpg"_s << QByteArray("this is not an image");
+    QTest::newRow("signature only") << u"a.png"_s << png.left(8);
+    QTest::newRow("header only") << u"a.png"_s << png.left(40);
+    QTest::newRow("enormous width and height") << u"a.png"_s << hugePng;
+    QTest::newRow("30000 x 30000") << u"a.png"_s << largePng;
+    QTest::newRow("enormous pgm") << u"a.pgm"_s << QByteArray("P5 100000 100000 255\n0123");
+    QTest::newRow("negative pgm") << u"a.pgm"_s << QByteArray("P5 -5 -5 255\n0123");
+    QTest::newRow("pgm without pixels") << u"a.pgm"_s << QByteArray("P5 64 64 255\n");
+    QTest::newRow("jpeg signature") << u"a.jpeg"_s << QByteArray::fromHex("ffd8ffe000104a464946");
+    QTest::newRow("webp signature") << u"a.png"_s << QByteArray("RIFF\x20\0\0\0WEBPVP8 ", 16);
+    QTest::newRow("zeros") << u"a.png"_s << QByteArray(100000, '\0');
+    QTest::newRow("noise") << u"a.jpg"_s << QByteArray(50000, '\xa7');
+}
+
+void OwnerSamplesTest::damagedFilesAreSkipped() {
+    QFETCH(QString, name);
+    QFETCH(QByteArray, content);
+    writeBytes(u"s/"_s + name, content);
+    writeImage(u"s/z.png"_s, 77);
+    std::vector<TrainingSample> samples;
+    QVERIFY(loadTavinSamples("s", samples));
+    QCOMPARE(levels(samples), QList<int>{77});
+}
+
+void OwnerSamplesTest::mislabelledImagesAreReadByTheirContent() {
+    writeImage(u"1.png"_s, 10);
+    writeImage(u"2.bmp"_s, 20);
+    writeImage(u"3.webp"_s, 30);
+    QVERIFY(QDir().mkpath(u"s"_s));
+    QVERIFY(QFile::copy(u"1.png"_s, u"s/1.jpg"_s));
+    QVERIFY(QFile::copy(u"2.bmp"_s, u"s/2.png"_s));
+    QVERIFY(QFile::copy(u"3.webp"_s, u"s/3.jpg"_s));
+    // A truncated image may be decoded as far as it goes, or be skipped; it must not end anything.
+    writeBytes(u"s/4.jpg"_s, readBytes(u"s/1.jpg"_s).left(60));
+    std::vector<TrainingSample> samples;
+    QVERIFY(loadTavinSamples("s", samples));
+    QCOMPARE(levels(samples).first(3), (QList<int>{10, 20, 30}));
+}
+
+void OwnerSamplesTest::foldersPipesAndDevicesAreNotRead() {
+    QVERIFY(QDir().mkpath(u"s/folder.png"_s));
+    QCOMPARE(mkfifo("s/pipe.png", 0600), 0);
+    QVERIFY(QFile::link(u"/dev/zero"_s, u"s/zero.png"_s));
+    std::vector<TrainingSample> samples;
+    QVERIFY(!loadTavinSamples("s", samples));
+}
+
+void OwnerSamplesTest::aStopEndsTheScanBetweenFiles() {
+    for (int i = 0; i < 9; ++i)
+        writeImage(u"s/%1.png"_s.arg(i), 10 * i);
+    std::vector<TrainingSample> samples;
+    int asked = 0;
+    QVERIFY(loadTavinSamples("s", samples, [&asked] { return ++asked > 13; }));
+    QVERIFY(samples.size() < 9);
+    QVERIFY(!samples.empty());
+    samples.clear();
+    QVERIFY(!loadTavinSamples("s", samples, [] { return true; }));
+}
+
+void OwnerSamplesTest::samplesAreAppended() {
+    writeImage(u"s/1.png"_s, 10);
+    std::vector<TrainingSample> samples;
+    QVERIFY(loadTavinSamples("s", samples));
+    QVERIFY(loadTavinSamples("s", samples));
+    QCOMPARE(levels(samples), (QList<int>{10, 10}));
+}
+
+QTEST_APPLESS_MAIN(OwnerSamplesTest)
+#include "owner_samples_test.moc"
