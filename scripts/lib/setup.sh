@@ -9,7 +9,7 @@ build_packages=(g++ cmake ninja-build pkg-config qt6-base-dev libopencv-dev open
 test_packages=(xvfb xdotool)
 lint_packages=(clang-format clang-tidy)
 bench_packages=(libbenchmark-dev)
-fuzz_packages=(clang-14 libclang-rt-14-dev)
+fuzz_packages=(clang libclang-rt-dev)
 soak_packages=(xvfb gnuplot-nox)
 
 say() { printf '%s\n' "$*" >&2; }
