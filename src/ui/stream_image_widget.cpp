@@ -1,0 +1,92 @@
+#include "ui/stream_image_widget.h"
+
+#include "ui/stream_geometry.h"
+#include "ui/stream_painting.h"
+
+#include <QPainter>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int pictureMargin = 6;
+} // namespace
+
+StreamImageWidget::StreamImageWidget(const QString& placeholderText, bool withVoiceOverlay,
+                                     QWidget* parent)
+    : QWidget(parent), placeholder(placeholderText), showVoiceOverlay(withVoiceOverlay) {
+    setObjectName(u"streamImage"_s);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setMinimumSize(120, 90);
+    // Every pixel is painted, so nothing below needs to be.
+    setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+StreamImageWidget::~StreamImageWidget() = default;
+
+void StreamImageWidget::setImage(const QImage& image) {
+    setFrame(StreamFrame(image));
+}
+
+void StreamImageWidget::setFrame(const StreamFrame& newFrame) {
+    frame = newFrame;
+    update();
+}
+
+void StreamImageWidget::setPlaceholder(const QString& text) {
+    placeholder = text;
+    update();
+}
+
+void StreamImageWidget::setOverlays(const QList<FaceOverlay>& newOverlays) {
+    overlays = newOverlays;
+    update();
+}
+
+void StreamImageWidget::setVoiceStatus(const VoiceDirectionStatus& status) {
+    voiceStatus = status;
+    update();
+}
+
+void StreamImageWidget::setSourceCrop(const QRect& crop, const QString& label) {
+    sourceCrop = crop;
+    sourceCropLabel = label;
+    update();
+}
+
+QSize StreamImageWidget::sizeHint() const {
+    return {960, 540};
+}
+
+QSize StreamImageWidget::minimumSizeHint() const {
+    return {120, 90};
+}
+
+void StreamImageWidget::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.fillRect(rect(), streamPainting::backgroundColor);
+    const QRect area =
+        rect().adjusted(pictureMargin, pictureMargin, -pictureMargin, -pictureMargin);
+    if (!paintPicture(painter, area))
+        streamPainting::paintPlaceholder(painter, placeholder, area);
+    streamPainting::paintFrame(painter, size());
+    if (showVoiceOverlay)
+        streamPainting::paintVoice(painter, voiceStatus, size());
+}
+
+/// Paints the image with what belongs to it; false when there is nothing to show or no room.
+bool StreamImageWidget::paintPicture(QPainter& painter, const QRect& area) {
+    if (frame.isNull() || area.isEmpty())
+        return false;
+    const QRect source = streamGeometry::sourceRect(sourceCrop, frame.size());
+    const StreamFrame shown = source.isEmpty() ? frame : frame.cropped(source);
+    const QImage& picture = fittedPicture.fit(shown, area.size());
+    const QPoint corner = streamGeometry::centredIn(area, picture.size());
+    painter.drawImage(corner, picture);
+    if (!picture.isNull())
+        streamPainting::paintOverlays(painter, overlays,
+                                      {source, shown.size(), QRect(corner, picture.size())});
+    if (!sourceCropLabel.isEmpty())
+        streamPainting::paintBanner(painter, sourceCropLabel, width());
+    return true;
+}
