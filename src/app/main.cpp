@@ -1,11 +1,17 @@
 #include "app/command_line.h"
 #include "app/record_types.h"
 #include "ui/main_window.h"
+#include "ui/worker_release.h"
 
 #include <QApplication>
 #include <QTimer>
+#include <cstdio>
+#include <cstdlib>
 
-int main(int argc, char** argv) {
+namespace {
+
+/// Runs the program; its application and its window are gone when this returns.
+int run(int& argc, char** argv) {
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Lumeno Qt Control Center"));
     QCoreApplication::setOrganizationName(QStringLiteral("Velmor"));
@@ -18,4 +24,17 @@ int main(int argc, char** argv) {
     if (line.autoQuitMs > 0)
         QTimer::singleShot(line.autoQuitMs, &window, &QWidget::close);
     return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const int status = run(argc, argv);
+    if (workersLetGoStillRun()) {
+        // A worker hangs in its driver. Ending without the static destructors keeps it from
+        // stumbling over what they would take away.
+        std::fflush(nullptr);
+        std::_Exit(status);
+    }
+    return status;
 }

@@ -1,5 +1,285 @@
 #include "ui/main_window.h"
 
-MainWindow::MainWindow(bool, bool, bool, bool, int, bool, QWidget* parent) : QMainWindow(parent) {
-    setWindowTitle(QStringLiteral("Lumeno Control Center"));
+#include "ui/page_content.h"
+#include "ui/responsive_layout.h"
+#include "ui/status_texts.h"
+#include "ui/stream_image_widget.h"
+#include "ui/style_sheet.h"
+#include "voice/speaker_hud.h"
+
+#include <QButtonGroup>
+#include <QFrame>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int viewButtonColumns = 4;
+
+/// The part of the primary screen that windows may cover; nothing where there is no screen.
+std::optional<QRect> workArea() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? std::optional(screen->availableGeometry()) : std::nullopt;
+}
+
+std::optional<QSize> sizeOf(const std::optional<QRect>& area) {
+    return area ? std::optional(area->size()) : std::nullopt;
+}
+
+} // namespace
+
+MainWindow::MainWindow(bool layoutDebug, bool mockMode, bool demoUi, bool demoSpeakerLights,
+                       int personLostMs, bool invertAudioDirection, QWidget* parent)
+    : QMainWindow(parent), switches{.layoutDebug = layoutDebug,
+                                    .mockMode = mockMode,
+                                    .demoUi = demoUi,
+                                    .demoSpeakerLights = demoSpeakerLights,
+                                    .personLostMs = personLostMs,
+                                    .invertAudioDirection = invertAudioDirection} {
+    setWindowTitle(u"Lumeno Control Center"_s);
+    setCentralWidget(buildCentral());
+    setMinimumSize(minimumWindowSize(sizeOf(workArea())));
+    setView(u"combo"_s);
+    resizeToScreen();
+    startKinectWorker();
+    applyLook(this);
+}
+
+QWidget* MainWindow::buildCentral() {
+    auto* root = new QWidget;
+    root->setObjectName(u"root"_s);
+    markForLayoutDebug(root, switches.layoutDebug);
+    auto* layout = new QVBoxLayout(root);
+    layout->setContentsMargins(14, 12, 14, 12);
+    layout->setSpacing(10);
+    layout->addWidget(buildTopBar());
+
+    viewStack = new QStackedWidget;
+    viewStack->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    viewStack->setMinimumSize(0, 0);
+    for (const ViewSpec& view : views)
+        viewStack->addWidget(buildViewPage(view));
+    rightPanelsScroll = buildRightPanels();
+
+    splitter = new QSplitter(Qt::Horizontal);
+    splitter->setChildrenCollapsible(false);
+    splitter->setHandleWidth(8);
+    splitter->addWidget(viewStack);
+    splitter->addWidget(rightPanelsScroll);
+    splitter->setStretchFactor(0, 4);
+    splitter->setStretchFactor(1, 1);
+    layout->addWidget(splitter, 1);
+
+    const auto addStatusLine = [&](const QString& text) {
+        QLabel* line = makeWrappedLabel(text, u"muted"_s, switches.layoutDebug);
+        layout->addWidget(line);
+        return line;
+    };
+    statusLabel = addStatusLine(statusText::atStart(switches.mockMode));
+    voiceStatusLabel = addStatusLine(u"Auralis: checking live direction status"_s);
+    if (switches.layoutDebug)
+        layoutDebugLabel = addStatusLine(u"layout debug pending"_s);
+    return root;
+}
+
+QWidget* MainWindow::buildTopBar() {
+    auto* bar = new QWidget;
+    auto* layout = new QVBoxLayout(bar);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(12);
+
+    auto* titles = new QVBoxLayout;
+    titles->setSpacing(2);
+    titles->addWidget(makeLabel(u"Lumeno Control Center"_s, u"appTitle"_s));
+    titles->addWidget(
+        makeWrappedLabel(u"Local Velmor security/control dashboard - Gate 4 live awareness"_s,
+                         u"appSubtitle"_s, switches.layoutDebug));
+    auto* heading = new QHBoxLayout;
+    heading->addLayout(titles, 1);
+    heading->addWidget(statusPill(u"Gate 4"_s, u"safe"_s));
+    heading->addWidget(statusPill(u"Pending"_s, u"pending"_s));
+    layout->addLayout(heading);
+
+    auto* buttons = new QGridLayout;
+    buttons->setHorizontalSpacing(8);
+    buttons->setVerticalSpacing(6);
+    auto* group = new QButtonGroup(this);
+    group->setExclusive(true);
+    for (int i = 0; i < int(views.size()); ++i) {
+        QPushButton* button = makeViewButton(views.at(i));
+        buttons->addWidget(button, i / viewButtonColumns, i % viewButtonColumns);
+        viewButtons.append(button);
+        group->addButton(button);
+    }
+    for (int column = 0; column < viewButtonColumns; ++column)
+        buttons->setColumnStretch(column, 1);
+    layout->addLayout(buttons);
+    return bar;
+}
+
+QPushButton* MainWindow::makeViewButton(const ViewSpec& spec) {
+    auto* button = new QPushButton(spec.buttonText);
+    button->setObjectName(u"viewButton"_s);
+    button->setCheckable(true);
+    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    connect(button, &QPushButton::clicked, this, [this, key = spec.key] { setView(key); });
+    return button;
+}
+
+QWidget* MainWindow::buildViewPage(const ViewSpec& spec) {
+    return pageAround(buildMockScene(spec), spec, switches.layoutDebug);
+}
+
+QLabel* MainWindow::makeLabel(const QString& text, const QString& objectName) const {
+    return ::makeLabel(text, objectName, switches.layoutDebug);
+}
+
+QFrame* MainWindow::buildPanel(const QString& title, const PanelRows& rows) const {
+    return ::buildPanel(title, rows, switches.layoutDebug);
+}
+
+QWidget* MainWindow::buildRightPanels() const {
+    return ::buildRightPanels(switches);
+}
+
+QWidget* MainWindow::buildSpeakerHud() const {
+    return ::buildSpeakerHud(switches.demoSpeakerLights, switches.layoutDebug);
+}
+
+QFrame* MainWindow::buildMockScene(const ViewSpec& view) {
+    QFrame* frame = contentFrame(view.key, switches.layoutDebug);
+    auto* layout = new QVBoxLayout(frame);
+    const auto addStream = [&](const QString& key) {
+        layout->addWidget(buildStreamLabel(key, streamPlaceholder(key), true), 1);
+    };
+    if (isStreamPage(view.key)) {
+        layout->setContentsMargins(4, 4, 4, 4);
+        layout->setSpacing(4);
+        if (view.key == u"combo"_s)
+            layout->addWidget(buildComboStreamView(), 1);
+        else
+            addStream(view.key);
+        return frame;
+    }
+    layout->setContentsMargins(12, 10, 12, 10);
+    layout->setSpacing(6);
+    layout->addLayout(pillRow(view.key, switches.demoUi));
+    if (view.key == u"room"_s || view.key == u"follow"_s)
+        addStream(view.key + u"_rgb"_s);
+    else
+        addPeopleScene(layout, view.key, switches);
+    return frame;
+}
+
+QWidget* MainWindow::buildComboStreamView() {
+    QWidget* combo = comboContainer();
+    auto* grid = new QGridLayout(combo);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setHorizontalSpacing(8);
+    grid->setVerticalSpacing(8);
+    const auto tile = [this](const QString& key, bool showVoiceOverlay, const QSize& minimum) {
+        StreamImageWidget* widget = buildStreamLabel(key, streamPlaceholder(key), showVoiceOverlay);
+        widget->setMinimumSize(minimum);
+        return widget;
+    };
+    grid->addWidget(tile(u"combo_rgb"_s, true, {360, 240}), 0, 0, 1, 3);
+    grid->addWidget(tile(u"combo_ir"_s, false, {140, 95}), 1, 0);
+    grid->addWidget(tile(u"combo_depth"_s, false, {140, 95}), 1, 1);
+    grid->addWidget(buildSkeletalTile(switches.layoutDebug), 1, 2);
+    for (int column = 0; column < 3; ++column)
+        grid->setColumnStretch(column, 1);
+    grid->setRowStretch(0, 5);
+    grid->setRowStretch(1, 2);
+    return combo;
+}
+
+StreamImageWidget* MainWindow::buildStreamLabel(const QString& key, const QString& placeholder,
+                                                bool showVoiceOverlay) {
+    auto* widget = new StreamImageWidget(placeholder, showVoiceOverlay, nullptr);
+    streamLabels.insert(key, widget);
+    return widget;
+}
+
+void MainWindow::setView(const QString& key) {
+    const int index = viewIndex(views, key);
+    if (index < 0)
+        return;
+    viewStack->setCurrentIndex(index);
+    currentView = key;
+    viewButtons.at(index)->setChecked(true);
+    statusLabel->setText(statusText::forView(views.at(index).buttonText));
+    updateResponsiveLayout();
+}
+
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Q || event->key() == Qt::Key_Escape)
+        close();
+    else if (const QString view = viewKeyFor(views, event->key()); !view.isEmpty())
+        setView(view);
+    else
+        QMainWindow::keyPressEvent(event);
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    updateResponsiveLayout();
+    updateStreamPixmaps();
+}
+
+void MainWindow::resizeToScreen() {
+    const std::optional<QRect> area = workArea();
+    resize(firstWindowSize(sizeOf(area)));
+    // The minimum size may have enlarged the window: its centre is taken from its real size.
+    if (area)
+        move(centredTopLeft(*area, size()));
+    updateResponsiveLayout();
+}
+
+void MainWindow::updateResponsiveLayout() {
+    if (!splitter || !rightPanelsScroll)
+        return;
+    const ResponsiveLayout layout = responsiveLayout(size());
+    if (layout.compact != compactLayout) {
+        compactLayout = layout.compact;
+        splitter->setOrientation(compactLayout ? Qt::Vertical : Qt::Horizontal);
+    }
+    rightPanelsScroll->setMinimumWidth(layout.panelMinimumWidth);
+    rightPanelsScroll->setMaximumSize(layout.panelMaximumWidth, layout.panelMaximumHeight);
+    splitter->setSizes(layout.splitterSizes);
+    if (layoutDebugLabel)
+        layoutDebugLabel->setText(layoutDebugText(compactLayout, size(), minimumSize()));
+}
+
+QString MainWindow::layoutModeName() const {
+    return ::layoutModeName(compactLayout);
+}
+
+void MainWindow::startKinectWorker() {
+    if (switches.mockMode)
+        onStreamStatus(u"Mock/demo mode: Kinect streams disabled"_s);
+}
+
+void MainWindow::onStreamStatus(const QString& status) {
+    statusLabel->setText(statusText::forStream(status));
+}
+
+void MainWindow::onStreamError(const QString& message) {
+    statusLabel->setText(statusText::forStreamError(message));
+    for (StreamImageWidget* widget : std::as_const(streamLabels))
+        widget->setPlaceholder(message);
+}
+
+void MainWindow::onFaceStatus(const QString& status) {
+    statusLabel->setText(statusText::forFace(status));
 }

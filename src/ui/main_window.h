@@ -1,12 +1,116 @@
 #pragma once
 
-#include <QMainWindow>
+#include "app/command_line.h"
+#include "app/face_overlay.h"
+#include "app/voice_direction_status.h"
+#include "ui/side_panels.h"
+#include "ui/stream_frame.h"
+#include "ui/view_specs.h"
 
-/// The one top-level window of the program.
+#include <QHash>
+#include <QList>
+#include <QMainWindow>
+#include <QRect>
+
+class QPushButton;
+class QSplitter;
+class QStackedWidget;
+class StreamImageWidget;
+struct FollowDisplay;
+
+/// The newest data of the acquisition worker. An image that is missing from a frame set leaves the
+/// previous one in place.
+struct NewestFrames {
+    StreamFrame lastRgbImage;
+    StreamFrame lastIrImage;
+    StreamFrame lastDepthImage;
+    QList<float> lastDepthMm; ///< Row by row, depthWidth x depthHeight, millimetres, 0 for none.
+    int depthWidth = 0;
+    int depthHeight = 0;
+};
+
+/// The one top-level window of the program: it owns the views, the side panels and the workers, and
+/// passes what the workers report on to the functions that know what to do with it. Everything here
+/// runs on the interface thread.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
+    using ViewSpec = ::ViewSpec;
+
+    /// Builds the window and, unless in mock mode, starts the workers. `personLostMs`, 0 or more,
+    /// is the time after which a lost person is dropped.
     MainWindow(bool layoutDebug, bool mockMode, bool demoUi, bool demoSpeakerLights,
                int personLostMs, bool invertAudioDirection, QWidget* parent = nullptr);
+
+    // Builders; each returns the widget that it made, without a parent.
+    QWidget* buildCentral();
+    QWidget* buildTopBar();
+    QWidget* buildViewPage(const ViewSpec& spec);
+    QPushButton* makeViewButton(const ViewSpec& spec);
+    QLabel* makeLabel(const QString& text, const QString& objectName) const;
+    QFrame* buildPanel(const QString& title, const PanelRows& rows) const;
+    QWidget* buildRightPanels() const;
+    QFrame* buildMockScene(const ViewSpec& view);
+    QWidget* buildSpeakerHud() const;
+    QWidget* buildComboStreamView();
+    /// Makes the tile `key`, in place of an earlier one of the same key.
+    StreamImageWidget* buildStreamLabel(const QString& key, const QString& placeholder,
+                                        bool showVoiceOverlay);
+
+    /// Shows the view whose key is exactly `key`; an unknown key changes nothing.
+    void setView(const QString& key);
+
+    void startKinectWorker();
+
+    // What the workers report.
+    void onStreamStatus(const QString& status);
+    void onStreamError(const QString& message);
+    void onFaceStatus(const QString& status);
+    void onFramesReady(const QImage& rgb, const QImage& ir, const QImage& depth);
+    void onDepthRawReady(const QList<float>& depth_mm, int width, int height);
+    void onFaceOverlaysReady(const QList<FaceOverlay>& overlays);
+
+    /// Hands the newest images, overlays and voice reading to every tile.
+    void updateStreamPixmaps();
+    void updateStreamLabel(const QString& name, const StreamFrame& image);
+
+    void resizeToScreen();
+    void updateResponsiveLayout();
+    QString layoutModeName() const;
+
+    /// The tile of this key; null where there is none.
+    StreamImageWidget* streamLabel(const QString& key) const { return streamLabels.value(key); }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void updateFollowLabel(StreamImageWidget* widget, const StreamFrame& image);
+    void logFollowDisplay(const FollowDisplay& display, const QSize& shown, const QSize& source);
+
+    const CommandLine switches;
+    const QList<ViewSpec> views = viewSpecs();
+
+    // Widgets; all belong to the window's tree.
+    QList<QPushButton*> viewButtons;
+    QStackedWidget* viewStack = nullptr;
+    QSplitter* splitter = nullptr;
+    QWidget* rightPanelsScroll = nullptr;
+    QLabel* statusLabel = nullptr;
+    QLabel* voiceStatusLabel = nullptr;
+    QLabel* layoutDebugLabel = nullptr; ///< Only in layout-debug mode.
+    QHash<QString, StreamImageWidget*> streamLabels;
+
+    QString currentView = QStringLiteral("combo");
+    bool compactLayout = false;
+
+    NewestFrames frames;
+    QList<FaceOverlay> faceOverlays;
+    VoiceDirectionStatus voiceStatus;
+    QRect followCrop; ///< In colour-image pixels; null: the whole image.
+    double followZoom = 1.0;
+    QString selectedFollowTarget = QStringLiteral("No follow target");
+    qint64 last_follow_display_log_ms = 0; ///< Wall clock of the last follow display line.
 };

@@ -14,6 +14,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// A frame that a scroll area makes as low as its content can be. The tiles would like to be high,
+/// and their wish must not push the lower ones out of sight.
+class PageFrame : public QFrame {
+public:
+    int heightForWidth(int width) const override {
+        return layout()->totalMinimumHeightForWidth(width);
+    }
+};
+
+class ComboContainer : public QWidget {
+public:
+    bool hasHeightForWidth() const override { return false; }
+};
+
 QWidget* person(const QString& name, bool unknown) {
     auto* widget = new QWidget;
     auto* layout = new QVBoxLayout(widget);
@@ -113,8 +127,12 @@ QFrame* buildSkeletalTile(bool layoutDebug) {
     return tile;
 }
 
+QWidget* comboContainer() {
+    return new ComboContainer;
+}
+
 QWidget* pageAround(QWidget* content, const ViewSpec& view, bool layoutDebug) {
-    auto* frame = new QFrame;
+    auto* frame = new PageFrame;
     frame->setObjectName(u"viewFrame"_s);
     markForLayoutDebug(frame, layoutDebug);
     auto* layout = new QVBoxLayout(frame);

@@ -29,5 +29,10 @@ void addPeopleScene(QVBoxLayout* layout, const QString& viewKey, const CommandLi
 /// The tile of the Combo view that says why there is no skeleton.
 QFrame* buildSkeletalTile(bool layoutDebug);
 
-/// A page: heading, description, `content` and the footer line, in a scroll area.
+/// The empty widget of the Combo view's grid. It does not ask for a height that suits its width,
+/// which would be the tiles' preferred one, but takes what is there.
+QWidget* comboContainer();
+
+/// A page: heading, description, `content` and the footer line, in a scroll
+/// area. It fills the view and scrolls only where the view is lower than the page can be.
 QWidget* pageAround(QWidget* content, const ViewSpec& view, bool layoutDebug);

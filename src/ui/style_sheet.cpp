@@ -1,5 +1,20 @@
 #include "ui/style_sheet.h"
 
+#include <QPalette>
+#include <QScrollBar>
+
+namespace {
+
+/// The view buttons' colour on the window's.
+QPalette scrollBarPalette() {
+    QPalette palette(QColor(0x17, 0x1e, 0x2a), QColor(0x0d, 0x11, 0x18));
+    palette.setColor(QPalette::WindowText, QColor(0xe8, 0xee, 0xf7));
+    palette.setColor(QPalette::ButtonText, QColor(0xe8, 0xee, 0xf7));
+    return palette;
+}
+
+} // namespace
+
 QString applicationStyleSheet() {
     return QStringLiteral(R"(
 QMainWindow, QWidget#root {
@@ -86,4 +101,11 @@ QWidget[layoutDebug="true"], QFrame[layoutDebug="true"], QLabel[layoutDebug="tru
     border: 1px dashed #ffcc66;
 }
 )");
+}
+
+void applyLook(QWidget* window) {
+    window->setStyleSheet(applicationStyleSheet());
+    // Under a style sheet a palette does not reach a widget's children.
+    for (QScrollBar* bar : window->findChildren<QScrollBar*>())
+        bar->setPalette(scrollBarPalette());
 }

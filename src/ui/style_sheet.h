@@ -2,6 +2,12 @@
 
 #include <QString>
 
+class QWidget;
+
 /// The whole look of the program as one style sheet. It goes by object names and by the dynamic
 /// properties "layoutDebug", "state", "active" and "unknown"; builders set those and no colours.
 QString applicationStyleSheet();
+
+/// Gives a finished window its look: the style sheet, and on the scroll bars, which the platform's
+/// style draws, a palette of the same colours.
+void applyLook(QWidget* window);

@@ -1,0 +1,237 @@
+#include "app/record_types.h"
+#include "support/log_capture.h"
+#include "support/picture_compare.h"
+#include "ui/main_window.h"
+#include "ui/stream_image_widget.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QImage filled(const QSize& size, const QColor& color) {
+    QImage image(size, QImage::Format_RGB888);
+    image.fill(color);
+    return image;
+}
+
+const QSize colourSize(64, 48);
+const QImage red = filled(colourSize, Qt::red);
+const QImage grey = filled({32, 24}, Qt::gray);
+const QImage blue = filled({32, 24}, Qt::blue);
+
+/// A run without sensor and faces in which no overlay is rejected.
+std::unique_ptr<MainWindow> mockWindow() {
+    return std::make_unique<MainWindow>(true, true, false, false, 5000, false);
+}
+
+FaceOverlay ownerAt(const QRect& rect) {
+    FaceOverlay overlay;
+    overlay.rect = rect;
+    overlay.label = u"Tavin"_s;
+    overlay.color = Qt::green;
+    return overlay;
+}
+
+bool showsVoice(const QString& tileKey) {
+    return tileKey != u"combo_ir"_s && tileKey != u"combo_depth"_s;
+}
+
+/// What the tile paints, and what a new tile with this image and banner paints in its place.
+struct Painted {
+    QImage actual;
+    QImage expected;
+};
+
+Painted paint(const MainWindow& window, const QString& tileKey, const QImage& image,
+              const QString& banner = QString()) {
+    StreamImageWidget* tile = window.streamLabel(tileKey);
+    Painted painted;
+    painted.actual = tile->grab().toImage(); // Lays the tile out.
+    StreamImageWidget expected(streamPlaceholder(tileKey), showsVoice(tileKey),
+                               tile->parentWidget());
+    expected.resize(tile->size());
+    expected.setImage(image);
+    expected.setSourceCrop(QRect(), banner);
+    painted.expected = expected.grab().toImage();
+    return painted;
+}
+
+QString paintedOtherwise(const MainWindow& window, const QString& tileKey, const QImage& image,
+                         const QString& banner = QString()) {
+    const Painted painted = paint(window, tileKey, image, banner);
+    return pictureDifference(painted.actual, painted.expected, tileKey);
+}
+
+const QString uncroppedBanner =
+    u"current view: COMBO | No follow target | crop applied to display: false"_s;
+
+} // namespace
+
+class MainWindowStreamsTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void everyTileShowsItsStream_data();
+    void everyTileShowsItsStream();
+    void missingImagesLeaveThePreviousOnes();
+    void withoutAnImageThePlaceholderStays();
+    void theSendersBufferIsNotShared();
+    void boxesAreDrawnOnColourTilesOnly_data();
+    void boxesAreDrawnOnColourTilesOnly();
+    void oddSizesAreShown_data();
+    void oddSizesAreShown();
+    void followTileNamesTheViewOnScreen();
+    void followLineIsWrittenOnceASecondInEveryView();
+    void noFollowLineWithoutAColourImage();
+};
+
+void MainWindowStreamsTest::initTestCase() {
+    registerRecordTypes();
+}
+
+void MainWindowStreamsTest::everyTileShowsItsStream_data() {
+    QTest::addColumn<QImage>("image");
+    QTest::addColumn<QString>("banner");
+    for (const char* colour : {"rgb", "combo_rgb", "room_rgb"})
+        QTest::newRow(colour) << red << QString();
+    QTest::newRow("follow_rgb") << red << uncroppedBanner;
+    for (const char* infrared : {"ir", "combo_ir"})
+        QTest::newRow(infrared) << grey << QString();
+    for (const char* depth : {"depth", "combo_depth"})
+        QTest::newRow(depth) << blue << QString();
+}
+
+void MainWindowStreamsTest::everyTileShowsItsStream() {
+    QFETCH(QImage, image);
+    QFETCH(QString, banner);
+    const auto window = mockWindow();
+    window->onFramesReady(red, grey, blue);
+    QCOMPARE(paintedOtherwise(*window, QString::fromLatin1(QTest::currentDataTag()), image, banner),
+             QString());
+}
+
+void MainWindowStreamsTest::missingImagesLeaveThePreviousOnes() {
+    const auto window = mockWindow();
+    window->onFramesReady(red, grey, blue);
+    window->onFramesReady(QImage(), QImage(), QImage());
+    QCOMPARE(paintedOtherwise(*window, u"rgb"_s, red), QString());
+    QCOMPARE(paintedOtherwise(*window, u"ir"_s, grey), QString());
+    QCOMPARE(paintedOtherwise(*window, u"depth"_s, blue), QString());
+
+    const QImage newer = filled(colourSize, Qt::yellow);
+    window->onFramesReady(newer, QImage(), QImage());
+    QCOMPARE(paintedOtherwise(*window, u"rgb"_s, newer), QString());
+    QCOMPARE(paintedOtherwise(*window, u"combo_ir"_s, grey), QString());
+}
+
+void MainWindowStreamsTest::withoutAnImageThePlaceholderStays() {
+    const auto window = mockWindow();
+    window->onFramesReady(QImage(), grey, QImage());
+    QCOMPARE(paintedOtherwise(*window, u"rgb"_s, QImage()), QString());
+    QCOMPARE(paintedOtherwise(*window, u"combo_depth"_s, QImage()), QString());
+    QCOMPARE(paintedOtherwise(*window, u"ir"_s, grey), QString());
+}
+
+void MainWindowStreamsTest::theSendersBufferIsNotShared() {
+    const auto window = mockWindow();
+    QByteArray buffer(4 * 3 * 4, char(200));
+    const QImage borrowed(reinterpret_cast<uchar*>(buffer.data()), 4, 4, 12, QImage::Format_RGB888);
+    const QImage before = borrowed.copy();
+    window->onFramesReady(borrowed, QImage(), QImage());
+    buffer.fill(0);
+    QCOMPARE(paintedOtherwise(*window, u"rgb"_s, before), QString());
+}
+
+void MainWindowStreamsTest::boxesAreDrawnOnColourTilesOnly_data() {
+    QTest::addColumn<QImage>("image");
+    QTest::addColumn<bool>("boxed");
+    for (const char* colour : {"rgb", "combo_rgb", "room_rgb"})
+        QTest::newRow(colour) << red << true;
+    for (const char* infrared : {"ir", "combo_ir"})
+        QTest::newRow(infrared) << grey << false;
+    for (const char* depth : {"depth", "combo_depth"})
+        QTest::newRow(depth) << blue << false;
+}
+
+void MainWindowStreamsTest::boxesAreDrawnOnColourTilesOnly() {
+    QFETCH(QImage, image);
+    const QString tileKey = QString::fromLatin1(QTest::currentDataTag());
+    const auto window = mockWindow();
+    window->onFramesReady(red, grey, blue);
+    window->onFaceOverlaysReady({ownerAt({8, 6, 20, 20})});
+    const Painted painted = paint(*window, tileKey, image);
+    QTEST(painted.actual != painted.expected, "boxed");
+
+    window->onFaceOverlaysReady({});
+    QCOMPARE(paintedOtherwise(*window, tileKey, image), QString());
+}
+
+void MainWindowStreamsTest::oddSizesAreShown_data() {
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("one pixel") << QSize(1, 1);
+    QTest::newRow("a column") << QSize(1, 3000);
+    QTest::newRow("a row") << QSize(3000, 1);
+    QTest::newRow("odd") << QSize(513, 427);
+    QTest::newRow("larger than the window") << QSize(3001, 2003);
+}
+
+void MainWindowStreamsTest::oddSizesAreShown() {
+    QFETCH(QSize, size);
+    const auto window = mockWindow();
+    const QImage image = filled(size, Qt::cyan);
+    window->onFramesReady(image, image, image);
+    for (const QString& tileKey : {u"rgb"_s, u"combo_ir"_s, u"depth"_s})
+        QCOMPARE(paintedOtherwise(*window, tileKey, image), QString());
+    QCOMPARE(paintedOtherwise(*window, u"follow_rgb"_s, image, uncroppedBanner), QString());
+}
+
+void MainWindowStreamsTest::followTileNamesTheViewOnScreen() {
+    const auto window = mockWindow();
+    window->setView(u"follow"_s);
+    window->onFramesReady(red, QImage(), QImage());
+    QCOMPARE(paintedOtherwise(*window, u"follow_rgb"_s, red,
+                              u"current view: FOLLOW | No follow target | crop applied to "
+                              "display: false"_s),
+             QString());
+}
+
+void MainWindowStreamsTest::followLineIsWrittenOnceASecondInEveryView() {
+    const auto window = mockWindow();
+    const LogCapture log;
+    const auto lines = [&log] { return log.linesStartingWith(u"Qt follow display:"_s); };
+    QElapsedTimer sinceFirst;
+    sinceFirst.start();
+    for (int frame = 0; frame < 20; ++frame)
+        window->onFramesReady(red, grey, blue);
+    if (sinceFirst.elapsed() < 900)
+        QCOMPARE(lines().size(), 1);
+    QCOMPARE(lines().first(),
+             u"Qt follow display: current_view= \"combo\" crop_applied_to_display= false "
+             "follow_zoom= 1 follow_crop= QRect(0,0 0x0) display_image= QSize(64, 48) "
+             "source_image= QSize(64, 48) status= \""_s +
+                 uncroppedBanner + u"\""_s);
+
+    window->setView(u"depth"_s);
+    const auto secondLine = [&] {
+        window->onFramesReady(red, grey, blue);
+        return lines().size() == 2;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(secondLine(), 3000);
+    QVERIFY2(sinceFirst.elapsed() >= 1000, "at most one line a second");
+    QVERIFY(lines().last().startsWith(u"Qt follow display: current_view= \"depth\""_s));
+}
+
+void MainWindowStreamsTest::noFollowLineWithoutAColourImage() {
+    const auto window = mockWindow();
+    const LogCapture log;
+    window->onFramesReady(QImage(), grey, blue);
+    window->updateStreamPixmaps();
+    QCOMPARE(log.linesStartingWith(u"Qt follow display:"_s), QStringList());
+}
+
+QTEST_MAIN(MainWindowStreamsTest)
+#include "main_window_streams_test.moc"
