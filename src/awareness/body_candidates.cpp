@@ -4,21 +4,22 @@
 #include "awareness/occupancy_grid.h"
 
 #include <algorithm>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int leastCells = 45;          // smaller blobs are noise or a pet
-constexpr qsizetype leastSamples = 20;  // fewer do not make a distance
-constexpr double leastUpright = 1.05;   // taller than wide: standing people are
-constexpr double leastFill = 0.1;       // sparser is noise
-constexpr double mostFill = 0.92;       // a nearly full rectangle is a wall, a door or a cupboard
-constexpr double widestOfGrid = 0.55;   // wider is a wall, or a crowd that cannot be told apart
-constexpr double tallestOfGrid = 0.95;  // taller is the room itself
-constexpr int leastBoxWidth = 55;       // colour pixels
-constexpr int leastBoxHeight = 120;     // colour pixels
-constexpr qsizetype mostCandidates = 4; // the four nearest people matter
+constexpr int leastCells = 45;           // smaller blobs are noise or a pet
+constexpr std::size_t leastSamples = 20; // fewer do not make a distance
+constexpr double leastUpright = 1.05;    // taller than wide: standing people are
+constexpr double leastFill = 0.1;        // sparser is noise
+constexpr double mostFill = 0.92;        // a nearly full rectangle is a wall, a door or a cupboard
+constexpr double widestOfGrid = 0.55;    // wider is a wall, or a crowd that cannot be told apart
+constexpr double tallestOfGrid = 0.95;   // taller is the room itself
+constexpr int leastBoxWidth = 55;        // colour pixels
+constexpr int leastBoxHeight = 120;      // colour pixels
+constexpr qsizetype mostCandidates = 4;  // the four nearest people matter
 
 /// The component's box in the colour image, see the list in the header; null when it lies outside.
 QRect colorBox(const GridComponent& component, int width, int height, const QSize& colorSize) {
@@ -38,27 +39,51 @@ QRect colorBox(const GridComponent& component, int width, int height, const QSiz
     return QRect(QPoint(int(x1), int(y1)), QPoint(int(x2), int(y2)));
 }
 
+/// The element at `index` of the first `count` depth steps in ascending order; the list is used up.
+/// Digit by digit from the highest: its cost is the same for every order and spread of the samples,
+/// which that of comparing them is not.
+std::uint32_t stepAt(std::size_t index, std::vector<std::uint32_t>& steps, std::size_t count) {
+    std::uint32_t found = 0;
+    for (const int shift : {16, 8, 0}) {
+        std::array<std::size_t, 256> frequency{};
+        for (std::size_t i = 0; i < count; ++i)
+            ++frequency[steps[i] >> shift & 255U];
+        std::uint32_t digit = 0;
+        for (; index >= frequency[digit]; ++digit)
+            index -= frequency[digit];
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::uint32_t step = steps[i];
+            steps[kept] = step;
+            kept += (step >> shift & 255U) == digit ? 1 : 0;
+        }
+        count = kept;
+        found |= digit << shift;
+    }
+    return found;
+}
+
 /// Median of the valid depths at the centres of the component's cells, in metres: the upper of the
 /// two middle ones for an even number. Nothing when there are too few.
 std::optional<double> medianDistance(const GridComponent& component,
                                      const std::vector<CellRun>& runs, const float* depth_mm,
-                                     int width, std::vector<float>& samples) {
-    samples.resize(static_cast<std::size_t>(component.cells));
+                                     int width, std::vector<std::uint32_t>& steps) {
+    steps.resize(std::max(steps.size(), static_cast<std::size_t>(component.cells)));
     std::size_t count = 0;
     for (int i = component.firstRun; i >= 0; i = runs[static_cast<std::size_t>(i)].next) {
         const CellRun& run = runs[static_cast<std::size_t>(i)];
         const qsizetype y = qsizetype(cellPixels) * run.y + cellPixels / 2;
-        const float* centre = depth_mm + y * width + qsizetype(cellPixels) * run.begin + 2;
-        for (int x = run.begin; x < run.end; ++x, centre += cellPixels) {
-            samples[count] = *centre;
-            count += isBodyDepth(*centre) ? 1 : 0;
+        const float* row = depth_mm + y * width;
+        for (int x = run.begin; x < run.end; ++x) {
+            const std::uint32_t step =
+                bodyDepthStep(row[qsizetype(cellPixels) * x + cellPixels / 2]);
+            steps[count] = step;
+            count += step <= farthestBodyStep ? 1 : 0;
         }
     }
     if (count < leastSamples)
         return std::nullopt;
-    const auto middle = samples.begin() + static_cast<std::ptrdiff_t>(count / 2);
-    std::nth_element(samples.begin(), middle, samples.begin() + static_cast<std::ptrdiff_t>(count));
-    return *middle / 1000.0;
+    return double(bodyDepthAt(stepAt(count / 2, steps, count))) / 1000.0;
 }
 
 bool isUsableFrame(const QList<float>& depth_mm, int width, int height, const QSize& colorSize) {
@@ -96,7 +121,7 @@ QList<BodyCandidate> detectDepthBodyCandidates(const QList<float>& depth_mm, int
         return candidates;
     const OccupancyGrid grid(depth_mm.constData(), width, height);
     const GridComponents found = gridComponents(grid);
-    std::vector<float> samples;
+    std::vector<std::uint32_t> steps;
     for (const GridComponent& component : found.components) {
         if (failedBodyGate(component, grid.width(), grid.height()) != BodyGate::Passed)
             continue;
@@ -104,7 +129,7 @@ QList<BodyCandidate> detectDepthBodyCandidates(const QList<float>& depth_mm, int
         if (box.width() < leastBoxWidth || box.height() < leastBoxHeight)
             continue;
         const std::optional<double> distance_m =
-            medianDistance(component, found.runs, depth_mm.constData(), width, samples);
+            medianDistance(component, found.runs, depth_mm.constData(), width, steps);
         if (distance_m)
             candidates.append({box, *distance_m, component.cells, bodyTier(*distance_m)});
     }

@@ -10,6 +10,11 @@ struct LinkedRuns {
     std::vector<CellRun> runs;
     std::vector<int> earlier;
 
+    explicit LinkedRuns(std::size_t expected) {
+        runs.reserve(expected);
+        earlier.reserve(expected);
+    }
+
     int first(int run) {
         while (earlier[index(run)] != run) {
             earlier[index(run)] = earlier[index(earlier[index(run)])]; // halve the way for the next
@@ -32,26 +37,23 @@ struct LinkedRuns {
     static std::size_t index(int run) { return static_cast<std::size_t>(run); }
 };
 
-/// First column at or after `x` whose cell is `occupied`; the grid's width if there is none.
-int nextColumn(const std::uint64_t* row, int x, int width, bool occupied) {
-    const std::uint64_t flip = occupied ? 0 : ~std::uint64_t{0};
-    while (x < width) {
-        const std::uint64_t rest = (row[x / 64] ^ flip) >> (x % 64);
-        if (rest != 0)
-            return std::min(x + std::countr_zero(rest), width);
-        x += 64 - x % 64;
-    }
-    return width;
-}
-
 void appendRunsOfRow(const OccupancyGrid& grid, int y, LinkedRuns& linked) {
     const std::uint64_t* row = grid.row(y);
-    int begin = nextColumn(row, 0, grid.width(), true);
-    while (begin < grid.width()) {
-        const int end = nextColumn(row, begin, grid.width(), false);
-        linked.append(y, begin, end);
-        begin = nextColumn(row, end, grid.width(), true);
+    std::uint64_t before = 0; // the cell to the left of the word's first
+    int begin = -1;           // of a run that has not ended yet
+    for (std::size_t word = 0; word < grid.words(); ++word) {
+        // A bit for each cell that differs from its left neighbour: a run begins or has ended.
+        std::uint64_t edges = row[word] ^ (row[word] << 1 | before);
+        before = row[word] >> 63;
+        for (; edges != 0; edges &= edges - 1) {
+            const int x = static_cast<int>(word) * 64 + std::countr_zero(edges);
+            if (begin >= 0)
+                linked.append(y, begin, x);
+            begin = begin < 0 ? x : -1;
+        }
     }
+    if (begin >= 0)
+        linked.append(y, begin, grid.width());
 }
 
 /// Joins the runs `above` … `current` - 1 of one row with those from `current` on of the next row
@@ -64,10 +66,10 @@ void joinRows(LinkedRuns& linked, int above, int current) {
         const CellRun& lower = linked.runs[LinkedRuns::index(current)];
         if (upper.begin < lower.end && lower.begin < upper.end)
             linked.join(above, current);
-        if (upper.end <= lower.end)
-            ++above;
-        else
-            ++current;
+        const int upperEnd = upper.end;
+        const int lowerEnd = lower.end;
+        above += upperEnd <= lowerEnd ? 1 : 0;
+        current += lowerEnd <= upperEnd ? 1 : 0;
     }
 }
 
@@ -88,7 +90,8 @@ void addRun(GridComponent& component, std::vector<CellRun>& runs, int index) {
 } // namespace
 
 GridComponents gridComponents(const OccupancyGrid& grid) {
-    LinkedRuns linked;
+    LinkedRuns linked(static_cast<std::size_t>(grid.width()) *
+                      static_cast<std::size_t>(grid.height()) / 8);
     int above = 0;
     for (int y = 0; y < grid.height(); ++y) {
         const int current = static_cast<int>(linked.runs.size());

@@ -22,8 +22,7 @@ constexpr int occupiedPixels = 4;
             std::uint32_t value = 0;
             __builtin_memcpy(&value, row + x, sizeof value);
             constexpr std::uint32_t nearest = std::bit_cast<std::uint32_t>(nearestBody_mm);
-            constexpr std::uint32_t farthest = std::bit_cast<std::uint32_t>(farthestBody_mm);
-            inBand += value - nearest <= farthest - nearest ? 1U : 0U;
+            inBand += value - nearest <= farthestBodyStep ? 1U : 0U;
         }
         columns[x] = static_cast<unsigned char>(inBand);
     }

@@ -12,13 +12,20 @@ inline constexpr float farthestBody_mm = 3800.0F;
 /// Side of a grid cell in depth pixels.
 inline constexpr int cellPixels = 4;
 
-/// Whether a depth in millimetres is finite and lies in the band. Positive floats are ordered as
-/// their bit patterns are, and negative values, infinities and NaN all lie above them, so that one
-/// unsigned comparison answers for every value.
-inline bool isBodyDepth(float depth_mm) {
-    constexpr std::uint32_t nearest = std::bit_cast<std::uint32_t>(nearestBody_mm);
-    constexpr std::uint32_t farthest = std::bit_cast<std::uint32_t>(farthestBody_mm);
-    return std::bit_cast<std::uint32_t>(depth_mm) - nearest <= farthest - nearest;
+/// How many floats lie between the band's near end and this depth in millimetres. Positive floats
+/// are ordered as their bit patterns are, and negative values, infinities and NaN all lie above
+/// them, so that one unsigned comparison tells for every value whether it is in the band.
+inline std::uint32_t bodyDepthStep(float depth_mm) {
+    return std::bit_cast<std::uint32_t>(depth_mm) - std::bit_cast<std::uint32_t>(nearestBody_mm);
+}
+
+/// The band's far end as such a number; it takes 24 bits.
+inline constexpr std::uint32_t farthestBodyStep =
+    std::bit_cast<std::uint32_t>(farthestBody_mm) - std::bit_cast<std::uint32_t>(nearestBody_mm);
+
+/// Back from a step to millimetres.
+inline float bodyDepthAt(std::uint32_t step) {
+    return std::bit_cast<float>(step + std::bit_cast<std::uint32_t>(nearestBody_mm));
 }
 
 /// Which 4x4-pixel cells of a depth frame are occupied, one bit a cell. Trailing columns and rows
