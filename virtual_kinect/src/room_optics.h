@@ -1,0 +1,40 @@
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include <algorithm>
+
+/// How the simulated sensor sees the room: a pinhole at the origin of x right, y up from the floor
+/// and z forward, all in metres.
+///
+/// Depth and infrared show exactly what the colour camera shows, only in fewer pixels: column u of
+/// colour is column u * 512 / 1920 of depth, row v is row v * 424 / 1080. A real sensor's two
+/// cameras differ a little in place and field of view; programs that scale one picture onto the
+/// other whole find here what they assume.
+namespace virtual_kinect::room {
+
+constexpr int kColourWidth = 1920, kColourHeight = 1080;
+constexpr int kDepthWidth = 512, kDepthHeight = 424;
+constexpr double kFocalPixels = 1066; ///< about 84 degrees across the colour picture
+constexpr double kSensorHeight_m = 1.4;
+
+/// Colour pixel that shows a point.
+inline cv::Point2d project(const cv::Point3d& p) {
+    return {kColourWidth / 2.0 + kFocalPixels * p.x / p.z,
+            kColourHeight / 2.0 - kFocalPixels * (p.y - kSensorHeight_m) / p.z};
+}
+
+/// Infrared intensity that a surface sends back: falls with the square of its distance. About 8000
+/// for skin at 2 m; a reflector's 255 is brighter than any
+/// diffuse surface could be. The sensor saturates before its highest value, 65535.
+inline float infraredReturn(float reflectance, float distance_m) {
+    const float boost = reflectance >= 250 ? 2.5F : 1.0F;
+    return std::min(60000.0F, 200.0F * reflectance * boost / (distance_m * distance_m));
+}
+
+/// Standard deviation of one depth reading, in millimetres.
+inline float depthNoise_mm(float distance_m) {
+    return 1.0F + 0.7F * distance_m * distance_m;
+}
+
+} // namespace virtual_kinect::room

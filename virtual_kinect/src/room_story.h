@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+/// What happens in the built-in room, when and where: a loop that tests can rely on.
+///
+/// Places are metres seen from the sensor: x to the right of it, z in front of it; angles are
+/// radians, 0 facing the sensor, positive turned towards the picture's right.
+namespace virtual_kinect::room {
+
+constexpr int kFramesPerSecond = 30;
+/// Length of the story; frame n shows the moment n modulo this.
+constexpr double kLoopSeconds = 76.0;
+
+/// A stretch of the story, in seconds from its beginning.
+struct Span {
+    double from = 0, to = 0;
+};
+
+constexpr Span kEmptyAtFirst{0.0, 3.0};
+constexpr Span kOwnerWalksIn{3.0, 6.1};
+constexpr Span kOwnerFrontal{6.1, 15.0};    ///< at kStandingDistance
+constexpr Span kOwnerVeryClose{17.0, 20.0}; ///< at kCloseDistance
+constexpr Span kOwnerFrontalAgain{22.0, 23.0};
+constexpr Span kOwnerProfileLeft{23.6, 26.1};
+constexpr Span kOwnerProfileRight{27.3, 29.8};
+constexpr Span kOwnerFrontalThird{30.4, 34.5};
+constexpr Span kOwnerAway{36.8, 41.2}; ///< nobody is in sight
+constexpr Span kOwnerReturned{43.4, 57.0};
+constexpr Span kBothFrontal{48.9, 57.0};
+constexpr Span kStrangerAlone{59.2, 71.2};
+constexpr Span kEmptyAtLast{74.0, kLoopSeconds};
+
+constexpr double kStandingDistance = 1.95, kCloseDistance = 0.85;
+/// Where the two stand while both are in the room.
+constexpr double kOwnerBesideX = 0.65, kStrangerX = -0.70;
+
+enum class Person { Owner, Stranger };
+
+/// One person at one moment.
+struct PersonMoment {
+    Person who = Person::Owner;
+    double x_m = 0, z_m = 0;
+    double lift_m = 0; ///< of the whole body, from walking and breathing
+    double yaw = 0;
+    double stride = -1; ///< phase of the step from 0 to below 1; negative while standing
+};
+
+/// Seconds from the story's beginning that frame `number` shows, 0 to below kLoopSeconds.
+double storySeconds(std::uint64_t number);
+
+/// Who is in or near the picture at a moment of the story, farthest first.
+std::vector<PersonMoment> peopleAt(double seconds);
+
+} // namespace virtual_kinect::room

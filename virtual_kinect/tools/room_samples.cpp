@@ -1,0 +1,108 @@
+#include "room_samples.h"
+
+#include "face/face_detection.h"
+#include "face/face_quality.h"
+#include "face/owner_samples.h"
+#include "frame_source.h"
+#include "room_optics.h"
+#include "room_person.h"
+#include "room_story.h"
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include <cmath>
+#include <cstdio>
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+namespace virtual_kinect {
+namespace {
+
+using namespace room;
+
+/// Fewer than this would make a poor owner: something is wrong with the detector.
+constexpr int kFewestSamples = 20;
+
+/// A stretch of the story and how often to look, in seconds.
+struct Session {
+    Span span;
+    double every;
+};
+
+/// Standing, walking up, very close, walking back, standing beside the other one. The step lengths
+/// keep clear of the periods in which the owner sways.
+constexpr Session kSessions[]{{kOwnerFrontal, 0.63},
+                              {{kOwnerFrontal.to, kOwnerVeryClose.from}, 0.24},
+                              {kOwnerVeryClose, 0.61},
+                              {{kOwnerVeryClose.to, kOwnerFrontalAgain.from}, 0.37},
+                              {kOwnerReturned, 1.47}};
+
+std::optional<PersonMoment> ownerAt(double seconds) {
+    for (const PersonMoment& moment : peopleAt(seconds))
+        if (moment.who == Person::Owner)
+            return moment;
+    return std::nullopt;
+}
+
+/// The part of the picture around the owner's head, in which nothing else can be taken for it.
+cv::Rect aroundHead(const PersonMoment& owner) {
+    constexpr double kReach_m = 0.28;
+    const cv::Point2d middle =
+        project({owner.x_m, headHeight_m(owner.who) + owner.lift_m, owner.z_m});
+    const int reach = cvRound(kReach_m * kFocalPixels / owner.z_m);
+    const cv::Rect area(cvRound(middle.x) - reach, cvRound(middle.y) - reach, 2 * reach, 2 * reach);
+    return area & cv::Rect(0, 0, kColourWidth, kColourHeight);
+}
+
+cv::Mat sampleAt(double seconds, FrameSource& source, FrameSet& frames,
+                 cv::CascadeClassifier& cascade, const Options& options) {
+    const std::optional<PersonMoment> owner = ownerAt(seconds);
+    if (!owner)
+        return {};
+    source.render(static_cast<std::uint64_t>(std::lround(seconds * kFramesPerSecond)), frames);
+    const cv::Mat colour(kColourHeight, kColourWidth, CV_8UC4, frames.bgrx.data());
+    cv::Mat grey;
+    cv::cvtColor(colour(aroundHead(*owner)), grey, cv::COLOR_BGRA2GRAY);
+    const std::vector<cv::Rect> faces = detectFaces(cascade, grey, options);
+    if (faces.empty())
+        return {};
+    cv::Mat face = grey(faces.front() & cv::Rect({}, grey.size())).clone();
+    if (faceQuality(face, options) != "accepted")
+        return {};
+    cv::equalizeHist(face, face);
+    cv::resize(face, face, {sampleSidePx, sampleSidePx}, 0, 0, cv::INTER_AREA);
+    return face;
+}
+
+} // namespace
+
+int writeOwnerSamples(const std::filesystem::path& folder) {
+    const Options options;
+    cv::CascadeClassifier cascade;
+    if (!loadCascade(cascade, options.frontalCascadePath))
+        throw std::runtime_error("cannot load the face cascade " + options.frontalCascadePath);
+    std::filesystem::create_directories(folder);
+
+    const std::unique_ptr<FrameSource> source = makeRoomSource();
+    FrameSet frames;
+    int written = 0;
+    for (const auto& [span, every] : kSessions) {
+        for (double seconds = span.from + 0.1; seconds < span.to; seconds += every) {
+            const cv::Mat sample = sampleAt(seconds, *source, frames, cascade, options);
+            if (sample.empty())
+                continue;
+            char name[32];
+            std::snprintf(name, sizeof name, "owner-%02d.png", written);
+            if (!cv::imwrite((folder / name).string(), sample))
+                throw std::runtime_error("cannot write " + (folder / name).string());
+            ++written;
+        }
+    }
+    if (written < kFewestSamples)
+        throw std::runtime_error("only " + std::to_string(written) + " faces were found");
+    return written;
+}
+
+} // namespace virtual_kinect
