@@ -112,6 +112,10 @@ QImage FrameConverter::depth(const FrameView& frame) {
     return anyValid ? image : QImage();
 }
 
+int FrameConverter::imagesInUse() const {
+    return std::max({colorImages->inUse(), infraredImages->inUse(), depthImages->inUse()});
+}
+
 QList<float> rawDepth(const FrameView& frame) {
     if (frame.data == nullptr || frame.bytesPerPixel != sensor::bytesPerPixel)
         return {};

@@ -53,6 +53,9 @@ public:
     /// 8000 mm. Null when no pixel is inside. Computed in single precision.
     QImage depth(const FrameView& frame);
 
+    /// How many images of the stream with the most of them somebody still holds.
+    int imagesInUse() const;
+
 private:
     const FrameKernels& kernels;
     std::unique_ptr<ImagePool> colorImages;

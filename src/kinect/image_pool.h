@@ -21,6 +21,9 @@ public:
     /// there is no memory for it.
     QImage take(int width, int height);
 
+    /// How many images that were taken still exist, copies not counted. Callable from any thread.
+    int inUse() const;
+
 private:
     struct Shelf;
     std::shared_ptr<Shelf> shelf;

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QImage>
+#include <QList>
+#include <QMutex>
+#include <QString>
+#include <QThread>
+
+#include <atomic>
+#include <new>
+
+class FrameConverter;
+
+/// Owns the sensor for the life of one run: opens it, turns each synchronised frame set into three
+/// images and the raw depth, and reports by signals. It never throws.
+///
+/// Contract:
+/// - start() begins a run, once. stop() is irreversible and may be called from any thread, before
+///   the start, twice, or after the end; a worker that was stopped before its start opens the
+///   sensor and leaves it at once.
+/// - A stop is noticed within one wait for a frame, at most 1000 ms. The sensor is stopped and
+/// closed
+///   before "Kinect: stopped" is sent.
+/// - Deleting a worker stops it and takes 3000 ms at most. One that has not finished by then,
+/// because
+///   the sensor's library hangs, is let go: it has no parent and no receivers any more and deletes
+///   itself if its run ever ends. An object that was not made with new has no such way out, and its
+///   destructor waits for the end.
+/// - The object lives on the thread of its receivers. While that thread turns no events, at most
+///   `mostUndelivered` frame sets wait for it; newer ones are dropped, counted and logged.
+class KinectStreamWorker : public QThread {
+    Q_OBJECT
+
+public:
+    /// About one second of frame sets, 8 MB each.
+    static constexpr int mostUndelivered = 30;
+
+    explicit KinectStreamWorker(QObject* parent = nullptr);
+    ~KinectStreamWorker() override;
+
+    /// What `delete` does: see the contract above.
+    static void operator delete(KinectStreamWorker* worker, std::destroying_delete_t);
+
+    /// Asks the run to end; does not wait.
+    void stop();
+
+Q_SIGNALS:
+    /// One converted frame set: RGB888 images of the frames' own sizes. Those whose frame was
+    /// missing or unusable are null, but never all three.
+    void framesReady(const QImage& rgb, const QImage& ir, const QImage& depth);
+    /// The raw depth of the same set: width x height millimetres, row-major, 0 without a reading.
+    void depthRawReady(const QList<float>& depth_mm, int width, int height);
+    /// Progress, for the status area.
+    void statusChanged(const QString& status);
+    /// A failure that ended the run, or a warning.
+    void streamError(const QString& message);
+
+protected:
+    void run() override;
+
+private:
+    struct FrameSet;
+    class Sensor;
+
+    void streamFrom(Sensor& sensor);
+    void handOver(const FrameSet& set);
+    bool isStopRequested();
+    bool receiversKeepUp(const FrameConverter& converter);
+    void markDelivery();
+    void reportDrops();
+
+    // Under the mutex.
+    QMutex stopMutex;
+    bool stopRequested = false;
+
+    // Written by the receivers' thread, read by the run.
+    std::atomic<qint64> delivered = 0;        ///< As `emitted` was when the last marker was posted.
+    std::atomic<bool> markerUnderWay = false; ///< Also written by the run.
+
+    // The run's own.
+    bool firstFramesLogged = false;
+    qint32 frameCount = 0;
+    qint64 emitted = 0; ///< Frame sets over all runs.
+    qint64 dropped = 0; ///< Since the last line about it.
+    QElapsedTimer sinceDropLine;
+};
