@@ -1,6 +1,7 @@
 #include "attached_source.h"
 
 #include "log.h"
+#include "recording_source.h"
 
 #include <exception>
 
@@ -12,7 +13,7 @@ std::unique_ptr<FrameSource> makeAttachedSource(const std::string& wanted) {
             return nullptr;
         if (wanted == "room")
             return makeRoomSource();
-        log(libfreenect2::Logger::Error, "\"" + wanted + "\" is not a recording");
+        return makeRecordingSource(wanted);
     } catch (const std::exception& error) {
         log(libfreenect2::Logger::Error,
             "\"" + wanted + "\" cannot be shown: " + std::string(error.what()));

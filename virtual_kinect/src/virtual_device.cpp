@@ -16,6 +16,9 @@ using std::chrono::steady_clock;
 /// Sensor time stamps count eighths of a millisecond.
 constexpr std::chrono::microseconds timestampUnit{125};
 
+/// After a frame that cannot be rendered, no complaint about the next ones for this long.
+constexpr std::chrono::seconds complaintDistance{1};
+
 /// A frame whose memory goes back to a pool.
 template <typename Buffer>
 class PooledFrame : public Frame {
@@ -161,6 +164,7 @@ void VirtualDevice::endThread() {
 /// The device's thread.
 void VirtualDevice::streamFrames(Listeners to) {
     const auto began = steady_clock::now();
+    auto nextComplaint = began;
     FrameSet set;
     for (std::uint64_t number = 0; waitUntil(began + source->timeOf(number)); ++number) {
         while (source->timeOf(number + 1) <= steady_clock::now() - began)
@@ -174,7 +178,12 @@ void VirtualDevice::streamFrames(Listeners to) {
             if (!isSilent(number))
                 deliverFrames(number, to, set);
         } catch (const std::exception& error) {
-            log(Logger::Error, "frame " + std::to_string(number) + " is left out: " + error.what());
+            // A recording that is damaged in many places must not flood the log.
+            if (const auto now = steady_clock::now(); now >= nextComplaint) {
+                log(Logger::Error,
+                    "frame " + std::to_string(number) + " is left out: " + error.what());
+                nextComplaint = now + complaintDistance;
+            }
         }
     }
 }
