@@ -24,11 +24,12 @@ void MainWindow::onDepthRawReady(const QList<float>& depth_mm, int width, int he
     frames.lastDepthMm = depth_mm;
     frames.depthWidth = width;
     frames.depthHeight = height;
+    updateAwarenessOverlays();
 }
 
 void MainWindow::onFaceOverlaysReady(const QList<FaceOverlay>& overlays) {
     faceOverlays = overlays;
-    updateStreamPixmaps();
+    updateAwarenessOverlays();
 }
 
 void MainWindow::updateStreamPixmaps() {
@@ -58,7 +59,8 @@ void MainWindow::updateStreamLabel(const QString& name, const StreamFrame& image
 
 void MainWindow::updateFollowLabel(StreamImageWidget* widget, const StreamFrame& image) {
     const FollowDisplay display =
-        followDisplay(image.size(), followCrop, faceOverlays, currentView, selectedFollowTarget);
+        followDisplay(image.size(), awareness.followView.followCrop, faceOverlays, currentView,
+                      awareness.followTarget.selectedFollowTarget);
     const StreamFrame shown = display.cropApplied ? image.cropped(display.crop) : image;
     logFollowDisplay(display, shown.size(), image.size());
     widget->setFrame(shown);
@@ -74,7 +76,7 @@ void MainWindow::logFollowDisplay(const FollowDisplay& display, const QSize& sho
     last_follow_display_log_ms = now;
     qInfo() << "Qt follow display:"
             << "current_view=" << currentView << "crop_applied_to_display=" << display.cropApplied
-            << "follow_zoom=" << followZoom << "follow_crop=" << followCrop
-            << "display_image=" << shown << "source_image=" << source
-            << "status=" << display.statusText;
+            << "follow_zoom=" << awareness.followView.followZoom
+            << "follow_crop=" << awareness.followView.followCrop << "display_image=" << shown
+            << "source_image=" << source << "status=" << display.statusText;
 }

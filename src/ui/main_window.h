@@ -3,14 +3,15 @@
 #include "app/command_line.h"
 #include "app/face_overlay.h"
 #include "app/voice_direction_status.h"
+#include "awareness/awareness_pass.h"
 #include "ui/side_panels.h"
 #include "ui/stream_frame.h"
 #include "ui/view_specs.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QList>
 #include <QMainWindow>
-#include <QRect>
 
 class QPushButton;
 class QSplitter;
@@ -37,6 +38,7 @@ class MainWindow : public QMainWindow {
 
 public:
     using ViewSpec = ::ViewSpec;
+    using BodyTrack = ::BodyTrack;
 
     /// Builds the window and, unless in mock mode, starts the workers. `personLostMs`, 0 or more,
     /// is the time after which a lost person is dropped.
@@ -71,6 +73,10 @@ public:
     void onDepthRawReady(const QList<float>& depth_mm, int width, int height);
     void onFaceOverlaysReady(const QList<FaceOverlay>& overlays);
 
+    /// Joins the newest faces, depth and voice reading: who is where, and where the Follow view
+    /// looks.
+    void updateAwarenessOverlays();
+
     /// Hands the newest images, overlays and voice reading to every tile.
     void updateStreamPixmaps();
     void updateStreamLabel(const QString& name, const StreamFrame& image);
@@ -87,6 +93,8 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    AwarenessInput awarenessInput() const;
+    void logAwareness(const AwarenessResult& result);
     void updateFollowLabel(StreamImageWidget* widget, const StreamFrame& image);
     void logFollowDisplay(const FollowDisplay& display, const QSize& shown, const QSize& source);
 
@@ -109,8 +117,7 @@ private:
     NewestFrames frames;
     QList<FaceOverlay> faceOverlays;
     VoiceDirectionStatus voiceStatus;
-    QRect followCrop; ///< In colour-image pixels; null: the whole image.
-    double followZoom = 1.0;
-    QString selectedFollowTarget = QStringLiteral("No follow target");
+    AwarenessState awareness;
+    QElapsedTimer awarenessLogTimer; ///< Since the last awareness line; invalid before the first.
     qint64 last_follow_display_log_ms = 0; ///< Wall clock of the last follow display line.
 };
