@@ -304,12 +304,12 @@ void KinectStreamWorkerTest::stopBeforeStartOpensAndLeavesAtOnce() {
     Stage stage;
     stage.worker->stop();
     stage.worker->start();
-    QVERIFY(stage.worker->wait(1000));
+    QVERIFY(stage.worker->wait(10000));
     QCoreApplication::processEvents();
     QCOMPARE(stage.texts, (QStringList{starting, streaming, stopped}));
     QCOMPARE(log->lines(), QStringList{u"Qt Kinect streams stopped after frames 0"_s});
     stage.worker->start(); // and again
-    QVERIFY(stage.worker->wait(1000));
+    QVERIFY(stage.worker->wait(10000));
     QCoreApplication::processEvents();
     QCOMPARE(stage.texts.mid(3), (QStringList{starting, streaming, stopped}));
 }
