@@ -17,8 +17,6 @@ StreamImageWidget::StreamImageWidget(const QString& placeholderText, bool withVo
     setObjectName(u"streamImage"_s);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setMinimumSize(120, 90);
-    // Every pixel is painted, so nothing below needs to be.
-    setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
 StreamImageWidget::~StreamImageWidget() = default;
@@ -62,6 +60,9 @@ QSize StreamImageWidget::minimumSizeHint() const {
 }
 
 void StreamImageWidget::paintEvent(QPaintEvent*) {
+    // Every pixel is painted, so nothing below needs to be. Said here, since a style sheet with
+    // rounded borders takes it back whenever it is applied.
+    setAttribute(Qt::WA_OpaquePaintEvent);
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.fillRect(rect(), streamPainting::backgroundColor);
