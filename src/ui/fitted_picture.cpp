@@ -1,14 +1,28 @@
 #include "ui/fitted_picture.h"
 
+#include "ui/smooth_shrinking.h"
+
+namespace {
+
+/// As QImage::scaled() has it.
+QSize fittedSize(const QSize& size, const QSize& area) {
+    return size.scaled(area, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+}
+
+} // namespace
+
 const QImage& FittedPicture::fit(const StreamFrame& frame, const QSize& area) {
     if (frame.identity() == fittedFrame && area == fittedArea)
         return picture;
     // The old picture goes first, so that the new one gets its warm memory.
     picture = QImage();
-    QImage source = frame.image();
-    if (source.format() == QImage::Format_RGB888)
-        source = source.convertToFormat(QImage::Format_RGB32);
-    picture = source.scaled(area, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    const QImage source = frame.image();
+    picture = smoothlyShrunk(source, fittedSize(source.size(), area));
+    if (picture.isNull()) {
+        const bool threeBytes = source.format() == QImage::Format_RGB888;
+        picture = (threeBytes ? source.convertToFormat(QImage::Format_RGB32) : source)
+                      .scaled(area, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    }
     fittedFrame = frame.identity();
     fittedArea = area;
     return picture;

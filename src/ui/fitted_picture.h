@@ -10,8 +10,7 @@
 class FittedPicture {
 public:
     /// `frame` scaled smoothly to fit `area` (pixels), keeping its aspect ratio and at least 1 x 1:
-    /// the pixels that QImage::scaled() gives from the frame as RGB32, which is how a screen wants
-    /// them and costs half of what it does from RGB888. Null when the frame is null.
+    /// the pixels that QImage::scaled() gives from the frame as RGB32. Null when the frame is null.
     const QImage& fit(const StreamFrame& frame, const QSize& area);
 
 private:
