@@ -26,6 +26,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int viewButtonColumns = 4;
+constexpr int statusLineMaximumHeight = 84; // pixels: six rows of text, then it is cut
 
 /// The part of the primary screen that windows may cover; nothing where there is no screen.
 std::optional<QRect> workArea() {
@@ -53,6 +54,7 @@ MainWindow::MainWindow(bool layoutDebug, bool mockMode, bool demoUi, bool demoSp
     setView(u"combo"_s);
     resizeToScreen();
     startKinectWorker();
+    startVoicePoll();
     applyLook(this);
 }
 
@@ -83,6 +85,8 @@ QWidget* MainWindow::buildCentral() {
 
     const auto addStatusLine = [&](const QString& text) {
         QLabel* line = makeWrappedLabel(text, u"muted"_s, switches.layoutDebug);
+        line->setTextFormat(Qt::PlainText); // texts of other programs are no mark-up …
+        line->setMaximumHeight(statusLineMaximumHeight); // … and may be of any length
         layout->addWidget(line);
         return line;
     };

@@ -16,6 +16,7 @@
 class QPushButton;
 class QSplitter;
 class QStackedWidget;
+class QTimer;
 class StreamImageWidget;
 struct FollowDisplay;
 
@@ -77,6 +78,9 @@ public:
     /// looks.
     void updateAwarenessOverlays();
 
+    /// Reads what the voice service left in the user's state folder, and shows it.
+    void pollAuralisStatus();
+
     /// Hands the newest images, overlays and voice reading to every tile.
     void updateStreamPixmaps();
     void updateStreamLabel(const QString& name, const StreamFrame& image);
@@ -95,6 +99,7 @@ protected:
 private:
     AwarenessInput awarenessInput() const;
     void logAwareness(const AwarenessResult& result);
+    void startVoicePoll();
     void updateFollowLabel(StreamImageWidget* widget, const StreamFrame& image);
     void logFollowDisplay(const FollowDisplay& display, const QSize& shown, const QSize& source);
 
@@ -110,6 +115,8 @@ private:
     QLabel* voiceStatusLabel = nullptr;
     QLabel* layoutDebugLabel = nullptr; ///< Only in layout-debug mode.
     QHash<QString, StreamImageWidget*> streamLabels;
+
+    QTimer* voiceTimer = nullptr; ///< Once a second, as long as the window lives.
 
     QString currentView = QStringLiteral("combo");
     bool compactLayout = false;

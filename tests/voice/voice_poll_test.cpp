@@ -1,0 +1,142 @@
+#include "ui/main_window.h"
+#include "ui/stream_image_widget.h"
+
+#include "support/log_capture.h"
+#include "support/temporary_place.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+/// The window's own poll of the voice service's files, in a home folder of the test's own.
+class VoicePollTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void theFirstReadingIsThereBeforeTheWindowIsShown();
+    void aReadingAppearsWithinASecondOrTwo();
+    void everyPollWritesOneLine();
+    void inversionShowsInTextAndLogLine();
+    void textsOfTheServiceAreNoMarkUp();
+    void aRunawayTextLeavesTheViewsTheirPlace();
+
+private:
+    static std::unique_ptr<MainWindow> makeWindow(bool inverted = false);
+    static QString voiceLine(const MainWindow& window);
+    void writeFiles(const QByteArray& more) const;
+
+    std::unique_ptr<TemporaryPlace> place;
+};
+
+namespace {
+
+const QString prefix = u"Qt Auralis direction:"_s;
+
+} // namespace
+
+void VoicePollTest::init() {
+    place = std::make_unique<TemporaryPlace>();
+}
+
+void VoicePollTest::cleanup() {
+    place.reset();
+}
+
+std::unique_ptr<MainWindow> VoicePollTest::makeWindow(bool inverted) {
+    return std::make_unique<MainWindow>(false, true, true, true, 5000, inverted);
+}
+
+/// The text of the one label that speaks of the service.
+QString VoicePollTest::voiceLine(const MainWindow& window) {
+    for (const QLabel* label : window.findChildren<QLabel*>(u"muted"_s)) {
+        if (label->text().startsWith(u"Auralis: "_s))
+            return label->text();
+    }
+    return {};
+}
+
+/// A living service (this process) and an event of just now.
+void VoicePollTest::writeFiles(const QByteArray& more) const {
+    const QString folder = place->home() + u"/.local/state/lumeno"_s;
+    QVERIFY(QDir().mkpath(folder));
+    QFile pid(folder + u"/auralis-live.pid"_s);
+    QVERIFY(pid.open(QIODevice::WriteOnly));
+    pid.write(QByteArray::number(getpid()) + "\n");
+    QFile event(folder + u"/auralis-live-event.json"_s);
+    QVERIFY(event.open(QIODevice::WriteOnly));
+    event.write(R"({"direction_angle_degrees": 31.6, "direction_confidence": 0.5, )" + more + "}");
+}
+
+void VoicePollTest::theFirstReadingIsThereBeforeTheWindowIsShown() {
+    const LogCapture log;
+    const auto window = makeWindow();
+    QCOMPARE(log.linesStartingWith(prefix).size(), 1);
+    QVERIFY(voiceLine(*window).startsWith(
+        u"Auralis: stopped/stale | direction unavailable | Auralis live event JSON not found"_s));
+}
+
+void VoicePollTest::aReadingAppearsWithinASecondOrTwo() {
+    const LogCapture log;
+    const auto window = makeWindow();
+    writeFiles(R"("status": "running")");
+    QTRY_VERIFY(voiceLine(*window).startsWith(
+        u"Auralis: running/fresh | angle 32° | confidence 0.50 | low confidence false"_s));
+    QVERIFY(QDir(place->home() + u"/.local"_s).removeRecursively());
+    QTRY_VERIFY(voiceLine(*window).startsWith(u"Auralis: stopped/stale | direction unavail"_s));
+}
+
+void VoicePollTest::everyPollWritesOneLine() {
+    const LogCapture log;
+    writeFiles(R"("status": "running")");
+    const auto window = makeWindow();
+    window->pollAuralisStatus();
+    const QString source = place->home() + u"/.local/state/lumeno/auralis-live-event.json"_s;
+    const QString line =
+        u"Qt Auralis direction: running fresh angle 31.6 confidence 0.5 low false "
+        "source \"%1\" mapping normal reason \"live Auralis event JSON\""_s.arg(source);
+    QCOMPARE(log.linesStartingWith(prefix), QStringList({line, line}));
+}
+
+void VoicePollTest::inversionShowsInTextAndLogLine() {
+    const LogCapture log;
+    writeFiles(R"("status": "running")");
+    const auto window = makeWindow(true);
+    QVERIFY(voiceLine(*window).contains(u" | angle 32° | "_s));
+    QVERIFY(voiceLine(*window).endsWith(
+        u" | audio direction mapping: inverted | audio_direction_inverted=true"
+        " | attention only, no trust granted"_s));
+    QVERIFY(log.linesStartingWith(prefix).constFirst().contains(u" mapping inverted "_s));
+}
+
+void VoicePollTest::textsOfTheServiceAreNoMarkUp() {
+    const LogCapture log;
+    writeFiles(R"("error": "<h1>%1</h1><img src='x'>", "status": "stopped")");
+    const auto window = makeWindow();
+    QVERIFY(voiceLine(*window).contains(u"<h1>%1</h1><img src='x'>"_s));
+    for (const QLabel* label : window->findChildren<QLabel*>(u"muted"_s)) {
+        if (label->wordWrap())
+            QCOMPARE(label->textFormat(), Qt::PlainText);
+    }
+}
+
+void VoicePollTest::aRunawayTextLeavesTheViewsTheirPlace() {
+    const LogCapture log;
+    writeFiles(R"("error": ")" + QByteArray("lost it again\n").repeated(60'000) + '"');
+    const auto window = makeWindow();
+    window->resize(1280, 900);
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    QVERIFY(voiceLine(*window).size() > 800'000);
+    QCOMPARE(window->size(), QSize(1280, 900));
+    QVERIFY(window->streamLabel(u"combo_rgb"_s)->height() > 200);
+}
+
+QTEST_MAIN(VoicePollTest)
+#include "voice_poll_test.moc"
