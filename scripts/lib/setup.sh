@@ -10,7 +10,7 @@ test_packages=(xvfb xdotool)
 lint_packages=(clang-format clang-tidy)
 bench_packages=(libbenchmark-dev)
 fuzz_packages=(clang libclang-rt-dev)
-soak_packages=(xvfb gnuplot-nox)
+soak_packages=(xvfb xdotool gnuplot-nox python3)
 
 say() { printf '%s\n' "$*" >&2; }
 
