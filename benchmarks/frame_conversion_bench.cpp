@@ -2,6 +2,7 @@
 
 #include "kinect/sensor_facts.h"
 #include "ratio_table.h"
+#include "sensor_frames.h"
 #include "support/plain_conversion.h"
 
 #include <benchmark/benchmark.h>
@@ -9,51 +10,16 @@
 
 #include <cstring>
 #include <memory>
-#include <random>
-#include <vector>
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-constexpr std::size_t colorPixels = std::size_t{sensor::colorWidth} * sensor::colorHeight;
-constexpr std::size_t depthPixels = std::size_t{sensor::depthWidth} * sensor::depthHeight;
-
-FrameView viewOf(const Bytes& bytes, int width, int height) {
-    return {bytes.data(), static_cast<std::size_t>(width), static_cast<std::size_t>(height),
-            sensor::bytesPerPixel, false};
-}
-
-/// A frame of the sensor's kind: smooth surfaces with noise, and a tenth of it without a reading.
-Bytes floatFrame(float base, float slope, float noise) {
-    std::mt19937 random(7);
-    std::uniform_real_distribution<float> unit(0.0F, 1.0F);
-    Bytes bytes(depthPixels * sizeof(float));
-    for (std::size_t i = 0; i < depthPixels; ++i) {
-        const bool reading = unit(random) > 0.1F;
-        const auto column = static_cast<float>(i % sensor::depthWidth);
-        const float value = reading ? base + slope * column + noise * unit(random) : 0.0F;
-        std::memcpy(&bytes[i * sizeof value], &value, sizeof value);
-    }
-    return bytes;
-}
-
-struct Frames {
-    Frames() {
-        std::mt19937 random(1);
-        for (unsigned char& byte : color)
-            byte = static_cast<unsigned char>(random());
-    }
-    FrameView colorView() const { return viewOf(color, sensor::colorWidth, sensor::colorHeight); }
-    FrameView infraredView() const {
-        return viewOf(infrared, sensor::depthWidth, sensor::depthHeight);
-    }
-    FrameView depthView() const { return viewOf(depth, sensor::depthWidth, sensor::depthHeight); }
-
-    Bytes color = Bytes(colorPixels * sensor::bytesPerPixel);
-    Bytes infrared = floatFrame(100.0F, 20.0F, 2000.0F);
-    Bytes depth = floatFrame(400.0F, 8.0F, 300.0F);
+struct Conversion {
+    SensorFrames frames;
     FrameConverter converter;
+
+    void color() { benchmark::DoNotOptimize(converter.color(frames.colorView())); }
+    void infrared() { benchmark::DoNotOptimize(converter.infrared(frames.infraredView())); }
+    void depth() { benchmark::DoNotOptimize(converter.depth(frames.depthView())); }
 };
 
 const RatioTable::Claim colorAgainstCopy({
@@ -62,14 +28,15 @@ const RatioTable::Claim colorAgainstCopy({
     .atMost = 1.3,
     .prepare =
         [] {
-            const auto frames = std::make_shared<Frames>();
-            const auto copy = std::make_shared<Bytes>(frames->color.size());
-            return Contest{
-                [=] { benchmark::DoNotOptimize(frames->converter.color(frames->colorView())); },
-                [=] {
-                    std::memcpy(copy->data(), frames->color.data(), copy->size());
-                    benchmark::ClobberMemory();
-                }};
+            const auto conversion = std::make_shared<Conversion>();
+            const auto copy =
+                std::make_shared<SensorFrames::Bytes>(conversion->frames.color.size());
+            return Contest{[=] { conversion->color(); },
+                           [=] {
+                               std::memcpy(copy->data(), conversion->frames.color.data(),
+                                           copy->size());
+                               benchmark::ClobberMemory();
+                           }};
         },
 });
 
@@ -79,15 +46,14 @@ const RatioTable::Claim colorAgainstOpenCv({
     .atMost = std::nullopt,
     .prepare =
         [] {
-            const auto frames = std::make_shared<Frames>();
+            const auto conversion = std::make_shared<Conversion>();
             const auto image = std::make_shared<cv::Mat>();
-            return Contest{
-                [=] { benchmark::DoNotOptimize(frames->converter.color(frames->colorView())); },
-                [=] {
-                    const cv::Mat frame(sensor::colorHeight, sensor::colorWidth, CV_8UC4,
-                                        frames->color.data());
-                    cv::cvtColor(frame, *image, cv::COLOR_BGRA2RGB);
-                }};
+            return Contest{[=] { conversion->color(); },
+                           [=] {
+                               const cv::Mat frame(sensor::colorHeight, sensor::colorWidth, CV_8UC4,
+                                                   conversion->frames.color.data());
+                               cv::cvtColor(frame, *image, cv::COLOR_BGRA2RGB);
+                           }};
         },
 });
 
@@ -97,15 +63,13 @@ const RatioTable::Claim infraredAgainstLoop({
     .atMost = 0.35,
     .prepare =
         [] {
-            const auto frames = std::make_shared<Frames>();
-            return Contest{
-                [=] {
-                    benchmark::DoNotOptimize(frames->converter.infrared(frames->infraredView()));
-                },
-                [=] {
-                    benchmark::DoNotOptimize(plain::infrared(
-                        frames->infrared.data(), sensor::depthWidth, sensor::depthHeight));
-                }};
+            const auto conversion = std::make_shared<Conversion>();
+            return Contest{[=] { conversion->infrared(); },
+                           [=] {
+                               benchmark::DoNotOptimize(
+                                   plain::infrared(conversion->frames.infrared.data(),
+                                                   sensor::depthWidth, sensor::depthHeight));
+                           }};
         },
 });
 
@@ -115,13 +79,13 @@ const RatioTable::Claim depthAgainstLoop({
     .atMost = 0.25,
     .prepare =
         [] {
-            const auto frames = std::make_shared<Frames>();
-            return Contest{
-                [=] { benchmark::DoNotOptimize(frames->converter.depth(frames->depthView())); },
-                [=] {
-                    benchmark::DoNotOptimize(plain::depth(frames->depth.data(), sensor::depthWidth,
-                                                          sensor::depthHeight));
-                }};
+            const auto conversion = std::make_shared<Conversion>();
+            return Contest{[=] { conversion->depth(); },
+                           [=] {
+                               benchmark::DoNotOptimize(
+                                   plain::depth(conversion->frames.depth.data(), sensor::depthWidth,
+                                                sensor::depthHeight));
+                           }};
         },
 });
 
