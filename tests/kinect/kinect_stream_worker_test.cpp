@@ -1,8 +1,8 @@
 #include "kinect/kinect_stream_worker.h"
 
 #include "app/record_types.h"
-#include "kinect/sensor_facts.h"
 #include "support/log_capture.h"
+#include "virtual_kinect/recording_folder.h"
 
 #include <QElapsedTimer>
 #include <QPointer>
@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString starting = u"status Kinect: starting RGB/IR/Depth streams"_s;
-const QString streaming = u"status Kinect: streaming RGB/IR/Depth from virtual-room"_s;
+const QString streaming = u"status Kinect: streaming RGB/IR/Depth from recording-walk"_s;
 const QString live = u"status Kinect: RGB/IR/Depth frames live"_s;
 const QString stopped = u"status Kinect: stopped"_s;
 const QString silence = u"error Kinect warning: timeout waiting for frame"_s;
@@ -33,10 +33,28 @@ QSize sizeOf(const QImage& image) {
     return image.isNull() ? QSize() : image.size();
 }
 
+/// How much later than promised something may happen on a busy machine.
+constexpr qint64 slackMs = 1500;
+
+/// One set of small pictures with known colours, so that tests are quick under sanitizers too.
+struct Recording {
+    Recording() {
+        cv::Mat infrared = RecordingFolder::infrared(0);
+        infrared.at<quint16>(0, 0) = 3000; // with one value only the image would be null
+        folder.write(u"ir/0.png"_s, infrared);
+    }
+    RecordingFolder folder{1};
+};
+
+QByteArray recording() {
+    static const Recording made;
+    return made.folder.path().toLocal8Bit();
+}
+
 /// A worker on the stand-in, and everything that reached the test's thread, in order.
 class Stage : public QObject {
 public:
-    explicit Stage(const QByteArray& faults = {}, const QByteArray& device = "room") {
+    explicit Stage(const QByteArray& faults = {}, const QByteArray& device = recording()) {
         qputenv("LUMENO_VIRTUAL_KINECT", device);
         qputenv("LUMENO_VIRTUAL_KINECT_FAULTS", faults);
         worker = new KinectStreamWorker(this);
@@ -111,6 +129,8 @@ private Q_SLOTS:
     void silentSensorIsWarnedAboutEverySecond();
     void streamsComeBackAfterSilence();
     void unpluggedSensorFallsSilent();
+    void colorOrderOfTheFrameIsRespected_data();
+    void colorOrderOfTheFrameIsRespected();
     void stopWhileSilentEndsWithinOneWait();
     void stopBeforeStartOpensAndLeavesAtOnce();
     void stopTwiceAndFromAnyThread();
@@ -155,10 +175,10 @@ void KinectStreamWorkerTest::failureToStartSendsOneErrorAndEnds_data() {
     QTest::newRow("damaged recording")
         << QByteArray("/nowhere") << QByteArray()
         << u"error Kinect unavailable: no Kinect v2 device detected"_s;
-    QTest::newRow("busy") << QByteArray("room") << QByteArray("busy")
+    QTest::newRow("busy") << recording() << QByteArray("busy")
                           << u"error Kinect unavailable: failed to open device. It may be busy."_s;
     QTest::newRow("start fails")
-        << QByteArray("room") << QByteArray("start-fails")
+        << recording() << QByteArray("start-fails")
         << u"error Kinect unavailable: failed to start RGB/IR/Depth streams"_s;
 }
 
@@ -181,10 +201,10 @@ void KinectStreamWorkerTest::streamsUntilStopped() {
     QTRY_VERIFY(stage.sets.size() >= 5);
     const qint64 took = stage.stopAndWait();
     QVERIFY(stage.ended);
-    QVERIFY2(took < 1100, qPrintable(QString::number(took)));
+    QVERIFY2(took < 1000 + slackMs, qPrintable(QString::number(took)));
     QCOMPARE(stage.texts, (QStringList{starting, streaming, live, stopped}));
-    const QSize colorSize(sensor::colorWidth, sensor::colorHeight);
-    const QSize depthSize(sensor::depthWidth, sensor::depthHeight);
+    const QSize colorSize(RecordingFolder::colorWidth, RecordingFolder::colorHeight);
+    const QSize depthSize(RecordingFolder::depthWidth, RecordingFolder::depthHeight);
     for (const Received& set : stage.sets) {
         QCOMPARE(set.rgb, colorSize);
         QCOMPARE(set.ir, depthSize);
@@ -261,7 +281,7 @@ void KinectStreamWorkerTest::silentSensorIsWarnedAboutEverySecond() {
     timer.start();
     QTRY_COMPARE(stage.texts, (QStringList{starting, streaming, silence, silence}));
     const qint64 took = timer.elapsed();
-    QVERIFY2(took >= 1900 && took < 3500, qPrintable(QString::number(took)));
+    QVERIFY2(took >= 1900 && took < 2000 + slackMs, qPrintable(QString::number(took)));
     stage.stopAndWait();
     QVERIFY(stage.ended);
     QVERIFY(stage.sets.isEmpty());
@@ -269,7 +289,7 @@ void KinectStreamWorkerTest::silentSensorIsWarnedAboutEverySecond() {
 }
 
 void KinectStreamWorkerTest::streamsComeBackAfterSilence() {
-    Stage stage("silent@3-45"); // about 1.4 s
+    Stage stage("silent@10-52"); // about 1.4 s
     stage.worker->start();
     QTRY_VERIFY(stage.texts.contains(silence));
     const qsizetype before = stage.sets.size();
@@ -281,7 +301,7 @@ void KinectStreamWorkerTest::streamsComeBackAfterSilence() {
 }
 
 void KinectStreamWorkerTest::unpluggedSensorFallsSilent() {
-    Stage stage("unplugged@4");
+    Stage stage("unplugged@10");
     stage.worker->start();
     QTRY_VERIFY(stage.texts.contains(silence));
     stage.stopAndWait();
@@ -290,13 +310,28 @@ void KinectStreamWorkerTest::unpluggedSensorFallsSilent() {
     QCOMPARE(stage.texts.last(), stopped);
 }
 
+void KinectStreamWorkerTest::colorOrderOfTheFrameIsRespected_data() {
+    QTest::addColumn<QByteArray>("faults");
+    QTest::newRow("BGRX") << QByteArray();
+    QTest::newRow("RGBX") << QByteArray("rgbx");
+}
+
+void KinectStreamWorkerTest::colorOrderOfTheFrameIsRespected() {
+    QFETCH(QByteArray, faults);
+    Stage stage(faults);
+    stage.worker->start();
+    QTRY_VERIFY(!stage.sets.isEmpty());
+    stage.stopAndWait();
+    QCOMPARE(stage.newest.pixelColor(7, 5), QColor(30, 20, 0));
+}
+
 void KinectStreamWorkerTest::stopWhileSilentEndsWithinOneWait() {
     Stage stage("silent");
     stage.worker->start();
     QTRY_VERIFY(stage.texts.contains(streaming));
     const qint64 took = stage.stopAndWait();
     QVERIFY(stage.ended);
-    QVERIFY2(took < 1200, qPrintable(QString::number(took)));
+    QVERIFY2(took < 1000 + slackMs, qPrintable(QString::number(took)));
     QCOMPARE(stage.texts, (QStringList{starting, streaming, silence, stopped}));
 }
 
@@ -304,12 +339,12 @@ void KinectStreamWorkerTest::stopBeforeStartOpensAndLeavesAtOnce() {
     Stage stage;
     stage.worker->stop();
     stage.worker->start();
-    QVERIFY(stage.worker->wait(10000));
+    QVERIFY(stage.worker->wait(5000));
     QCoreApplication::processEvents();
     QCOMPARE(stage.texts, (QStringList{starting, streaming, stopped}));
     QCOMPARE(log->lines(), QStringList{u"Qt Kinect streams stopped after frames 0"_s});
     stage.worker->start(); // and again
-    QVERIFY(stage.worker->wait(10000));
+    QVERIFY(stage.worker->wait(5000));
     QCoreApplication::processEvents();
     QCOMPARE(stage.texts.mid(3), (QStringList{starting, streaming, stopped}));
 }
@@ -359,13 +394,13 @@ void KinectStreamWorkerTest::deletedAtAnyMoment() {
     QElapsedTimer timer;
     timer.start();
     delete stage.worker;
-    QVERIFY2(timer.elapsed() < 1500, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(timer.elapsed() < 1000 + slackMs, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(stage.worker.isNull());
     QCOMPARE(log->warnings(), QStringList());
 }
 
 void KinectStreamWorkerTest::automaticObjectWaitsForItsEnd() {
-    qputenv("LUMENO_VIRTUAL_KINECT", "room");
+    qputenv("LUMENO_VIRTUAL_KINECT", recording());
     qputenv("LUMENO_VIRTUAL_KINECT_FAULTS", "");
     std::atomic<int> sets = 0;
     {
@@ -383,14 +418,14 @@ void KinectStreamWorkerTest::hangingSensorDoesNotHoldUpDelete() {
     QPointer<KinectStreamWorker> worker;
     QElapsedTimer timer;
     {
-        Stage stage("slow-stop=3800");
+        Stage stage("slow-stop=5000");
         worker = stage.worker;
         worker->start();
         QTRY_VERIFY(stage.texts.contains(live));
         timer.start();
     } // as a parent's end deletes it
     const qint64 took = timer.elapsed();
-    QVERIFY2(took >= 2900 && took < 3600, qPrintable(QString::number(took)));
+    QVERIFY2(took >= 2900 && took < 3000 + slackMs, qPrintable(QString::number(took)));
     QVERIFY(worker); // let go, not destroyed while it runs
     QVERIFY(worker->isRunning());
     QVERIFY(!worker->parent());
@@ -419,7 +454,7 @@ void KinectStreamWorkerTest::stalledReceiverGetsABoundedBacklog() {
         log->linesStartingWith(u"Qt Kinect streams: receivers stalled, frame sets dropped "_s);
     QCOMPARE(drops.size(), 1);
     const int count = drops.first().section(u' ', -1).toInt();
-    QVERIFY2(count > 20 && count < 60, qPrintable(drops.first()));
+    QVERIFY2(count > 0 && count < 60, qPrintable(drops.first()));
     QCOMPARE(log->lines().last(), stage.stoppedLine());
 }
 
@@ -435,7 +470,7 @@ void KinectStreamWorkerTest::receiverThatKeepsImagesGetsThemAll() {
 }
 
 void KinectStreamWorkerTest::receiverWithoutEventsGetsThemAll() {
-    qputenv("LUMENO_VIRTUAL_KINECT", "room");
+    qputenv("LUMENO_VIRTUAL_KINECT", recording());
     qputenv("LUMENO_VIRTUAL_KINECT_FAULTS", "");
     KinectStreamWorker worker;
     int sets = 0;
