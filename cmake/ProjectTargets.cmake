@@ -24,7 +24,8 @@ endfunction()
 #
 # One executable and one ctest entry. Budgets by label: unit tests need no application object and no
 # display and end within a second; gui tests run on the offscreen platform; e2e tests start the real
-# executable; slow tests may take minutes.
+# executable; slow tests may take minutes. Those with the further label threads are the ones to run
+# under the thread sanitizer.
 function(lumeno_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
@@ -34,7 +35,12 @@ function(lumeno_test name)
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
+  set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+  if(LUMENO_SANITIZE MATCHES "thread")
+    string(APPEND environment
+      ";TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
+  endif()
   set_tests_properties(${name} PROPERTIES
     LABELS "${arg_LABELS}" TIMEOUT ${arg_TIMEOUT}
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+    ENVIRONMENT "${environment}")
 endfunction()
