@@ -85,8 +85,10 @@ void RoomStoryTest::whoIsWhere_data() {
     row("owner frontal", kOwnerFrontal, true, false, kStandingDistance, 0);
     row("owner closer than a metre", kOwnerVeryClose, true, false, kCloseDistance, 0);
     row("owner back again", kOwnerFrontalAgain, true, false, kStandingDistance, 0);
-    row("owner in left profile", kOwnerProfileLeft, true, false, kStandingDistance, -90);
-    row("owner in right profile", kOwnerProfileRight, true, false, kStandingDistance, 90);
+    row("owner in left profile", kOwnerProfileLeft, true, false, kStandingDistance,
+        -kSidewaysDegrees);
+    row("owner in right profile", kOwnerProfileRight, true, false, kStandingDistance,
+        kSidewaysDegrees);
     row("owner frontal a third time", kOwnerFrontalThird, true, false, kStandingDistance, 0);
     row("both", kBothFrontal, true, true, kStandingDistance, 0);
     row("stranger alone", kStrangerAlone, false, true, kStandingDistance, 0);

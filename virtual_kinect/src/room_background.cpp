@@ -162,7 +162,7 @@ private:
 };
 
 void paintShell(Painter& painter) {
-    const Material wall{.colour = {176, 190, 198}, .reflectance = 150, .grain = 0.015F};
+    const Material wall{.colour = {176, 190, 198}, .reflectance = 150, .grain = 0.004F};
     const Material ceiling{.colour = {205, 212, 215}, .reflectance = 150, .grain = 0.01F};
     // Deep pile of black fibre: no light comes back from it, which is why nobody's feet touch
     // anything in depth.
@@ -214,7 +214,7 @@ void paintWindow(Painter& painter) {
 void paintShelf(Painter& painter) {
     const Material wood{.colour = {70, 105, 150}, .reflectance = 110, .grain = 0.08F};
     const Material inside{.colour = {45, 70, 100}, .reflectance = 90, .grain = 0.05F};
-    constexpr double left = 1.75, right = 2.85, front = 4.15;
+    constexpr double left = 2.05, right = 3.15, front = 4.15;
     painter.box(left, right, 0, 2.1, front, kWall_m, wood);
     cv::RNG random(5);
     for (int board = 0; board < 5; ++board) {
@@ -275,22 +275,35 @@ void paintSideboardAndPlant(Painter& painter) {
     }
 }
 
+void paintLamp(Painter& painter) {
+    const Material metal{.colour = {60, 62, 66}, .reflectance = 150};
+    const Material shade{.colour = {165, 205, 232}, .reflectance = 160, .grain = 0.02F};
+    painter.box(1.56, 1.84, 0, 0.04, 4.1, 4.35, metal);
+    painter.sheet(1.685, 1.715, 0.04, 1.5, 4.22, metal);
+    painter.quad({{{1.58, 1.86, 4.2}, {1.82, 1.86, 4.2}, {1.92, 1.48, 4.2}, {1.48, 1.48, 4.2}}},
+                 shade);
+}
+
 /// A printed face larger than life, high on the wall so that it meets nobody's head.
 void paintPoster(Painter& painter) {
-    constexpr double left = -2.62, right = -1.82, bottom = 1.88, top = 2.88, z = kWall_m - 0.01;
+    const double left = kPosterFace.x - 0.4, right = kPosterFace.x + 0.4, z = kPosterFace.z;
+    constexpr double bottom = 1.88, top = 2.88;
     constexpr double enlargement = 1.75;
     const Material rim{.colour = {40, 40, 44}, .reflectance = 90};
     const Material paper{.colour = {150, 175, 120}, .reflectance = 150, .grain = 0.02F};
     const Material dress{.colour = {110, 60, 70}, .reflectance = 120, .grain = 0.05F};
+    const Material neck{.colour = {125, 148, 182}, .reflectance = 150, .grain = 0.02F};
     painter.sheet(left - 0.03, right + 0.03, bottom - 0.03, top + 0.03, z, rim);
     painter.sheet(left, right, bottom, top, z, paper);
-    painter.quad({{{-2.38, 2.10, z}, {-2.06, 2.10, z}, {-1.90, bottom, z}, {-2.54, bottom, z}}},
+    painter.quad({{{-2.28, 2.28, z}, {-2.16, 2.28, z}, {-2.13, 2.08, z}, {-2.31, 2.08, z}}}, neck);
+    painter.quad({{{-2.40, 2.12, z}, {-2.04, 2.12, z}, {-1.90, bottom, z}, {-2.54, bottom, z}}},
                  dress);
 
     SpriteCanvas canvas({-0.12, 0.12, -0.14, 0.14, enlargement * kFocalPixels / kWall_m}, 0);
-    canvas.draw(makeHead(posterFace()));
+    for (const Surface& part : makeHead(posterFace()))
+        canvas.draw(part);
     const Sprite face = canvas.finish();
-    const cv::Point2d middle = project({(left + right) / 2, 2.40, kWall_m});
+    const cv::Point2d middle = project(kPosterFace);
     const cv::Point corner(cvRound(middle.x - face.origin.x), cvRound(middle.y - face.origin.y));
     cv::Mat target = painter.room.colour(cv::Rect(corner, face.colour.size()));
     for (int y = 0; y < target.rows; ++y) {
@@ -313,6 +326,7 @@ Background paintBackground() {
     paintShelf(painter);
     paintSideboardAndPlant(painter);
     paintSofa(painter);
+    paintLamp(painter);
     return painter.room;
 }
 

@@ -1,5 +1,7 @@
 #include "room_face.h"
 
+#include "room_shapes.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -120,8 +122,8 @@ cv::Vec3f frontColour(const FaceLook& look, float x, float y) {
 float hairAt(const FaceLook& look, float longitude, const cv::Vec3f& p) {
     const float around = std::abs(longitude);
     const float front = look.hairline - 10 * std::cos(p[0] / 16.0F);
-    const float temple = smoothStep(0.95F, 1.25F, around);
-    const float limit = front + (look.hairLength - front) * temple;
+    const float temple = smoothStep(0.95F, 1.25F, around), nape = smoothStep(1.75F, 2.1F, around);
+    const float limit = front + (look.hairLength - front) * temple - 45 * nape;
     return smoothStep(limit - 3, limit + 3, p[1]);
 }
 
@@ -160,7 +162,7 @@ cv::Mat paint(const FaceLook& look) {
 
 } // namespace
 
-Surface makeHead(const FaceLook& look) {
+std::vector<Surface> makeHead(const FaceLook& look) {
     Surface head;
     head.columns = kColumns;
     head.rows = kRows;
@@ -179,7 +181,12 @@ Surface makeHead(const FaceLook& look) {
             head.points.push_back(p * 0.001F);
         }
     }
-    return head;
+    std::vector<Surface> parts{std::move(head)};
+    const cv::Mat skin = cloth(look.skin * 0.88F, 165, {40, 60}, look.seed + 4);
+    for (const float side : {-1.0F, 1.0F})
+        parts.push_back(ball({side * look.halfWidth * 0.00098F, 0.004F, -0.008F},
+                             {0.008F, 0.031F, 0.019F}, skin));
+    return parts;
 }
 
 } // namespace virtual_kinect::room

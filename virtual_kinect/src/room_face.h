@@ -26,7 +26,8 @@ struct FaceLook {
     std::uint64_t seed = 1;
 };
 
-/// The head's surface around its own middle, painted: skin, hair, eyes, brows, nose and mouth.
-Surface makeHead(const FaceLook& look);
+/// The head and its ears around the head's own middle, painted: skin, hair, eyes, brows, nose and
+/// mouth.
+std::vector<Surface> makeHead(const FaceLook& look);
 
 } // namespace virtual_kinect::room

@@ -29,7 +29,7 @@ inline cv::Point2d project(const cv::Point3d& p) {
 /// diffuse surface could be. The sensor saturates before its highest value, 65535.
 inline float infraredReturn(float reflectance, float distance_m) {
     const float boost = reflectance >= 250 ? 2.5F : 1.0F;
-    return std::min(60000.0F, 200.0F * reflectance * boost / (distance_m * distance_m));
+    return std::min(50000.0F, 200.0F * reflectance * boost / (distance_m * distance_m));
 }
 
 /// Standard deviation of one depth reading, in millimetres.

@@ -50,10 +50,10 @@ FaceLook ownerFace() {
     look.hair = {34, 44, 60};
     look.lips = {95, 90, 165};
     look.iris = {70, 80, 60};
-    look.coarseGrain = {13, 13};
+    look.coarseGrain = {22, 22};
     look.fineGrain = {5, 5};
-    look.coarseStrength = 0.10F;
-    look.fineStrength = 0.08F;
+    look.coarseStrength = 0.06F;
+    look.fineStrength = 0.015F;
     look.seed = 11;
     return look;
 }
@@ -74,8 +74,8 @@ FaceLook strangerFace() {
     look.beard = 0.9F;
     look.coarseGrain = {40, 7};
     look.fineGrain = {16, 3.5};
-    look.coarseStrength = 0.12F;
-    look.fineStrength = 0.14F;
+    look.coarseStrength = 0.09F;
+    look.fineStrength = 0.11F;
     look.seed = 29;
     return look;
 }
@@ -91,7 +91,7 @@ FaceLook posterFace() {
     look.browWeight = 3;
     look.hairline = 70;
     look.hairLength = -140;
-    look.coarseGrain = {8, 30};
+    look.coarseGrain = {30, 7};
     look.fineGrain = {3, 12};
     look.coarseStrength = 0.08F;
     look.fineStrength = 0.12F;
@@ -112,10 +112,11 @@ PersonSprites::PersonSprites(Person who) {
     const BodyLook look = owner ? ownerBody() : strangerBody();
     const Wardrobe clothes(look);
 
-    const Surface head = makeHead(face);
+    const std::vector<Surface> head = makeHead(face);
     heads = drawAllRound(kHeadSteps, [&](double yaw) {
         SpriteCanvas canvas({-0.15, 0.15, -0.14, 0.14, kHeadPixelsPerMetre}, yaw);
-        canvas.draw(head);
+        for (const Surface& part : head)
+            canvas.draw(part);
         return canvas.finish();
     });
     standing =

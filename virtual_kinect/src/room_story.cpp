@@ -16,35 +16,37 @@ struct Waypoint {
 
 constexpr double kOutsideRight = 2.9, kOutsideLeft = -2.9, kDoorDistance = 2.3;
 
-constexpr std::array kOwnerPath{Waypoint{kOwnerWalksIn.from, kOutsideRight, kDoorDistance, -90},
-                                Waypoint{5.5, 0, kStandingDistance, -90},
-                                Waypoint{kOwnerFrontal.from, 0, kStandingDistance, 0},
-                                Waypoint{kOwnerFrontal.to, 0, kStandingDistance, 0},
-                                Waypoint{kOwnerVeryClose.from, 0, kCloseDistance, 0},
-                                Waypoint{kOwnerVeryClose.to, 0, kCloseDistance, 0},
-                                Waypoint{kOwnerFrontalAgain.from, 0, kStandingDistance, 0},
-                                Waypoint{kOwnerFrontalAgain.to, 0, kStandingDistance, 0},
-                                Waypoint{kOwnerProfileLeft.from, 0, kStandingDistance, -90},
-                                Waypoint{kOwnerProfileLeft.to, 0, kStandingDistance, -90},
-                                Waypoint{kOwnerProfileRight.from, 0, kStandingDistance, 90},
-                                Waypoint{kOwnerProfileRight.to, 0, kStandingDistance, 90},
-                                Waypoint{kOwnerFrontalThird.from, 0, kStandingDistance, 0},
-                                Waypoint{kOwnerFrontalThird.to, 0, kStandingDistance, 0},
-                                Waypoint{35.0, 0, kStandingDistance, 90},
-                                Waypoint{37.2, kOutsideRight, kDoorDistance, 90},
-                                Waypoint{40.8, kOutsideRight, kDoorDistance, -90},
-                                Waypoint{42.8, kOwnerBesideX, kStandingDistance, -90},
-                                Waypoint{kOwnerReturned.from, kOwnerBesideX, kStandingDistance, 0},
-                                Waypoint{kOwnerReturned.to, kOwnerBesideX, kStandingDistance, 0},
-                                Waypoint{57.5, kOwnerBesideX, kStandingDistance, 90},
-                                Waypoint{kStrangerAlone.from, kOutsideRight, kDoorDistance, 90}};
+constexpr std::array kOwnerPath{
+    Waypoint{kOwnerWalksIn.from, kOutsideRight, kDoorDistance, -kSidewaysDegrees},
+    Waypoint{5.5, 0, kStandingDistance, -kSidewaysDegrees},
+    Waypoint{kOwnerFrontal.from, 0, kStandingDistance, 0},
+    Waypoint{kOwnerFrontal.to, 0, kStandingDistance, 0},
+    Waypoint{kOwnerVeryClose.from, 0, kCloseDistance, 0},
+    Waypoint{kOwnerVeryClose.to, 0, kCloseDistance, 0},
+    Waypoint{kOwnerFrontalAgain.from, 0, kStandingDistance, 0},
+    Waypoint{kOwnerFrontalAgain.to, 0, kStandingDistance, 0},
+    Waypoint{kOwnerProfileLeft.from, 0, kStandingDistance, -kSidewaysDegrees},
+    Waypoint{kOwnerProfileLeft.to, 0, kStandingDistance, -kSidewaysDegrees},
+    Waypoint{kOwnerProfileRight.from, 0, kStandingDistance, kSidewaysDegrees},
+    Waypoint{kOwnerProfileRight.to, 0, kStandingDistance, kSidewaysDegrees},
+    Waypoint{kOwnerFrontalThird.from, 0, kStandingDistance, 0},
+    Waypoint{kOwnerFrontalThird.to, 0, kStandingDistance, 0},
+    Waypoint{35.0, 0, kStandingDistance, kSidewaysDegrees},
+    Waypoint{37.2, kOutsideRight, kDoorDistance, kSidewaysDegrees},
+    Waypoint{40.8, kOutsideRight, kDoorDistance, -kSidewaysDegrees},
+    Waypoint{42.8, kOwnerBesideX, kStandingDistance, -kSidewaysDegrees},
+    Waypoint{kOwnerReturned.from, kOwnerBesideX, kStandingDistance, 0},
+    Waypoint{kOwnerReturned.to, kOwnerBesideX, kStandingDistance, 0},
+    Waypoint{57.5, kOwnerBesideX, kStandingDistance, kSidewaysDegrees},
+    Waypoint{kStrangerAlone.from, kOutsideRight, kDoorDistance, kSidewaysDegrees}};
 
-constexpr std::array kStrangerPath{Waypoint{46.0, kOutsideLeft, kDoorDistance, 90},
-                                   Waypoint{48.3, kStrangerX, kStandingDistance, 90},
-                                   Waypoint{kBothFrontal.from, kStrangerX, kStandingDistance, 0},
-                                   Waypoint{kStrangerAlone.to, kStrangerX, kStandingDistance, 0},
-                                   Waypoint{71.8, kStrangerX, kStandingDistance, -90},
-                                   Waypoint{kEmptyAtLast.from, kOutsideLeft, kDoorDistance, -90}};
+constexpr std::array kStrangerPath{
+    Waypoint{46.0, kOutsideLeft, kDoorDistance, kSidewaysDegrees},
+    Waypoint{48.3, kStrangerX, kStandingDistance, kSidewaysDegrees},
+    Waypoint{kBothFrontal.from, kStrangerX, kStandingDistance, 0},
+    Waypoint{kStrangerAlone.to, kStrangerX, kStandingDistance, 0},
+    Waypoint{71.8, kStrangerX, kStandingDistance, -kSidewaysDegrees},
+    Waypoint{kEmptyAtLast.from, kOutsideLeft, kDoorDistance, -kSidewaysDegrees}};
 
 constexpr double kStepCycle_m = 1.35; ///< two steps of a calm walk
 

@@ -36,6 +36,10 @@ constexpr double kStandingDistance = 1.95, kCloseDistance = 0.85;
 /// Where the two stand while both are in the room.
 constexpr double kOwnerBesideX = 0.65, kStrangerX = -0.70;
 
+/// How far people turn when they walk or show their profile: a little short of a right angle, since
+/// nobody turns exactly square to a camera, and the profile detector finds such faces best.
+constexpr double kSidewaysDegrees = 78;
+
 enum class Person { Owner, Stranger };
 
 /// One person at one moment.

@@ -11,6 +11,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -46,7 +47,7 @@ std::optional<PersonMoment> ownerAt(double seconds) {
     return std::nullopt;
 }
 
-/// The part of the picture around the owner's head, in which nothing else can be taken for it.
+/// The part of the picture around the owner's head, which lies in its middle.
 cv::Rect aroundHead(const PersonMoment& owner) {
     constexpr double kReach_m = 0.28;
     const cv::Point2d middle =
@@ -66,9 +67,12 @@ cv::Mat sampleAt(double seconds, FrameSource& source, FrameSet& frames,
     cv::Mat grey;
     cv::cvtColor(colour(aroundHead(*owner)), grey, cv::COLOR_BGRA2GRAY);
     const std::vector<cv::Rect> faces = detectFaces(cascade, grey, options);
-    if (faces.empty())
+    const cv::Point middle(grey.cols / 2, grey.rows / 2);
+    const auto box = std::ranges::find_if(
+        faces, [&](const cv::Rect& candidate) { return candidate.contains(middle); });
+    if (box == faces.end())
         return {};
-    cv::Mat face = grey(faces.front() & cv::Rect({}, grey.size())).clone();
+    cv::Mat face = grey(*box & cv::Rect({}, grey.size())).clone();
     if (faceQuality(face, options) != "accepted")
         return {};
     cv::equalizeHist(face, face);
