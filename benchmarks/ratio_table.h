@@ -19,10 +19,10 @@
 ///         },
 ///     });
 ///
-/// Both sides must do their whole work in the calling thread: processor time is what counts, so
-/// that a busy machine disturbs less. Results must not be thrown away by the compiler: hand them to
-/// benchmark::DoNotOptimize. A QApplication on the offscreen platform exists, OpenCV has one
-/// thread.
+/// The process's processor time is what counts, so that a busy machine disturbs less and work that
+/// Qt spreads over threads of its own is not free. Results must not be thrown away by the compiler:
+/// hand them to benchmark::DoNotOptimize. A QApplication on the offscreen platform exists, OpenCV
+/// has one thread.
 struct Contest {
     std::function<void()> ours;
     std::function<void()> rival;

@@ -56,12 +56,19 @@ QImage::Format keptFormat(const QImage& source) {
     return source.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32;
 }
 
-/// Both have the same size and format.
+/// Both have the same size and format. In one go where rows lie alike; what pads the last row may
+/// not be the sender's to read.
 void copyPixels(const QImage& source, QImage& target) {
-    const auto bytes =
-        static_cast<std::size_t>(source.width()) * static_cast<std::size_t>(source.depth() / 8);
+    const auto rowBytes = qsizetype(source.width()) * (source.depth() / 8);
+    if (source.bytesPerLine() == target.bytesPerLine()) {
+        const qsizetype rowsButTheLast = source.bytesPerLine() * (source.height() - 1);
+        std::memcpy(target.bits(), source.constBits(),
+                    static_cast<std::size_t>(rowsButTheLast + rowBytes));
+        return;
+    }
     for (int y = 0; y < source.height(); ++y)
-        std::memcpy(target.scanLine(y), source.constScanLine(y), bytes);
+        std::memcpy(target.scanLine(y), source.constScanLine(y),
+                    static_cast<std::size_t>(rowBytes));
 }
 
 std::shared_ptr<const QImage> recycled(QImage&& buffer) {

@@ -29,6 +29,8 @@ private Q_SLOTS:
     void aNullImageGivesANullFrame();
     void pixelsOfEveryFormatAreKept_data();
     void pixelsOfEveryFormatAreKept();
+    void rowsMayLieApart_data();
+    void rowsMayLieApart();
     void theSendersBufferIsNeverShared();
     void theDevicePixelRatioOfAnImageIsDropped();
     void aCropIsAViewOfTheSamePixels();
@@ -75,6 +77,24 @@ void StreamFrameTest::pixelsOfEveryFormatAreKept() {
     const StreamFrame frame(image);
     QCOMPARE(frame.image().format(), kept);
     QCOMPARE(frame.image(), image.convertToFormat(kept));
+}
+
+void StreamFrameTest::rowsMayLieApart_data() {
+    QTest::addColumn<int>("bytesPerLine");
+    QTest::newRow("tightly") << 15;
+    QTest::newRow("as in Qt's own images") << 16;
+    QTest::newRow("far") << 40;
+}
+
+void StreamFrameTest::rowsMayLieApart() {
+    QFETCH(int, bytesPerLine);
+    const QImage image = patternedImage(QSize(5, 7), QImage::Format_RGB888);
+    // Ends with the last pixel: nothing behind it may be read.
+    std::vector<uchar> buffer(static_cast<std::size_t>(bytesPerLine * 6 + 15));
+    for (int y = 0; y < image.height(); ++y)
+        std::copy_n(image.constScanLine(y), 15, buffer.data() + qsizetype(y) * bytesPerLine);
+    const QImage outside(buffer.data(), 5, 7, bytesPerLine, QImage::Format_RGB888);
+    QCOMPARE(StreamFrame(outside).image(), image);
 }
 
 void StreamFrameTest::theSendersBufferIsNeverShared() {
