@@ -1,10 +1,12 @@
 #include "ui/main_window.h"
 
+#include "kinect/kinect_stream_worker.h"
 #include "ui/page_content.h"
 #include "ui/responsive_layout.h"
 #include "ui/status_texts.h"
 #include "ui/stream_image_widget.h"
 #include "ui/style_sheet.h"
+#include "ui/worker_release.h"
 #include "voice/speaker_hud.h"
 
 #include <QButtonGroup>
@@ -55,7 +57,11 @@ MainWindow::MainWindow(bool layoutDebug, bool mockMode, bool demoUi, bool demoSp
     resizeToScreen();
     startKinectWorker();
     startVoicePoll();
-    applyLook(this);
+    applyLook(this, switches.layoutDebug);
+}
+
+MainWindow::~MainWindow() {
+    stopKinectWorker();
 }
 
 QWidget* MainWindow::buildCentral() {
@@ -270,8 +276,20 @@ QString MainWindow::layoutModeName() const {
 }
 
 void MainWindow::startKinectWorker() {
-    if (switches.mockMode)
+    if (switches.mockMode) {
         onStreamStatus(u"Mock/demo mode: Kinect streams disabled"_s);
+        return;
+    }
+    kinectWorker = new KinectStreamWorker(this);
+    connect(kinectWorker, &KinectStreamWorker::framesReady, this, &MainWindow::onFramesReady);
+    connect(kinectWorker, &KinectStreamWorker::depthRawReady, this, &MainWindow::onDepthRawReady);
+    connect(kinectWorker, &KinectStreamWorker::statusChanged, this, &MainWindow::onStreamStatus);
+    connect(kinectWorker, &KinectStreamWorker::streamError, this, &MainWindow::onStreamError);
+    kinectWorker->start();
+}
+
+void MainWindow::stopKinectWorker() {
+    releaseWorker(kinectWorker, this);
 }
 
 void MainWindow::onStreamStatus(const QString& status) {

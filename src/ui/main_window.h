@@ -13,6 +13,7 @@
 #include <QList>
 #include <QMainWindow>
 
+class KinectStreamWorker;
 class QPushButton;
 class QSplitter;
 class QStackedWidget;
@@ -46,6 +47,9 @@ public:
     MainWindow(bool layoutDebug, bool mockMode, bool demoUi, bool demoSpeakerLights,
                int personLostMs, bool invertAudioDirection, QWidget* parent = nullptr);
 
+    /// Stops the workers, each waited for at most 3 s.
+    ~MainWindow() override;
+
     // Builders; each returns the widget that it made, without a parent.
     QWidget* buildCentral();
     QWidget* buildTopBar();
@@ -65,6 +69,7 @@ public:
     void setView(const QString& key);
 
     void startKinectWorker();
+    void stopKinectWorker();
 
     // What the workers report.
     void onStreamStatus(const QString& status);
@@ -120,6 +125,8 @@ private:
 
     QString currentView = QStringLiteral("combo");
     bool compactLayout = false;
+
+    KinectStreamWorker* kinectWorker = nullptr; ///< Owned; null in mock mode.
 
     NewestFrames frames;
     QList<FaceOverlay> faceOverlays;

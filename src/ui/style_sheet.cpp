@@ -103,8 +103,18 @@ QWidget[layoutDebug="true"], QFrame[layoutDebug="true"], QLabel[layoutDebug="tru
 )");
 }
 
-void applyLook(QWidget* window) {
-    window->setStyleSheet(applicationStyleSheet());
+QString layoutDebugStyleSheet() {
+    return QStringLiteral(R"(
+QFrame#viewFrame[layoutDebug="true"], QFrame#panel[layoutDebug="true"],
+QFrame#mockViewport[layoutDebug="true"] {
+    border: 1px dashed #ffcc66;
+}
+)");
+}
+
+void applyLook(QWidget* window, bool layoutDebug) {
+    window->setStyleSheet(applicationStyleSheet() +
+                          (layoutDebug ? layoutDebugStyleSheet() : QString()));
     // Under a style sheet a palette does not reach a widget's children.
     for (QScrollBar* bar : window->findChildren<QScrollBar*>())
         bar->setPalette(scrollBarPalette());

@@ -40,6 +40,11 @@ bool showsVoice(const QString& tileKey) {
     return tileKey != u"combo_ir"_s && tileKey != u"combo_depth"_s;
 }
 
+/// In one format whatever the widget covers.
+QImage picture(QWidget* widget) {
+    return widget->grab().toImage().convertToFormat(QImage::Format_RGB32);
+}
+
 /// What the tile paints, and what a new tile with this image and banner paints in its place.
 struct Painted {
     QImage actual;
@@ -50,7 +55,7 @@ Painted paint(const MainWindow& window, const QString& tileKey, const QImage& im
               const QString& banner = QString()) {
     StreamImageWidget* tile = window.streamLabel(tileKey);
     Painted painted;
-    painted.actual = tile->grab().toImage(); // Lays the tile out.
+    painted.actual = picture(tile); // Lays the tile out.
     StreamImageWidget expected(streamPlaceholder(tileKey), showsVoice(tileKey),
                                tile->parentWidget());
     expected.resize(tile->size());
@@ -60,7 +65,7 @@ Painted paint(const MainWindow& window, const QString& tileKey, const QImage& im
     noVoice.reason = u"Auralis live event JSON not found"_s;
     if (!image.isNull()) // a tile is fed as a whole or not at all
         expected.setVoiceStatus(noVoice);
-    painted.expected = expected.grab().toImage();
+    painted.expected = picture(&expected);
     return painted;
 }
 

@@ -3,6 +3,7 @@
 #include "app/record_types.h"
 #include "support/log_capture.h"
 #include "support/picture_compare.h"
+#include "support/temporary_place.h"
 #include "ui/stream_image_widget.h"
 
 #include <QAbstractButton>
@@ -99,6 +100,8 @@ class MainWindowTest : public QObject {
 
 private Q_SLOTS:
     void initTestCase();
+    void init() { place = std::make_unique<TemporaryPlace>(); }
+    void cleanup() { place.reset(); }
     void startsInComboWithEveryPart();
     void keysAndButtonsSelectViews_data();
     void keysAndButtonsSelectViews();
@@ -124,6 +127,9 @@ private Q_SLOTS:
     void layoutDebugShowsTheLine();
     void layoutDebugOutlinesWhatCarriesIt();
     void styleSheetIsAppliedWithoutAWarning();
+
+private:
+    std::unique_ptr<TemporaryPlace> place; ///< A home without a voice service.
 };
 
 void MainWindowTest::initTestCase() {

@@ -21,7 +21,7 @@ std::unique_ptr<QWidget> styled(QWidget* content) {
     auto holder = std::make_unique<QWidget>();
     holder->setObjectName(u"root"_s);
     holder->setAttribute(Qt::WA_StyledBackground);
-    holder->setStyleSheet(applicationStyleSheet());
+    applyLook(holder.get(), true);
     auto* layout = new QVBoxLayout(holder.get());
     layout->addWidget(content, 0, Qt::AlignLeft | Qt::AlignTop);
     holder->resize(700, 400);
@@ -54,6 +54,7 @@ private Q_SLOTS:
     void panelsAndFramesHaveTheirColours();
     void viewButtonsShowTheCheckedOne();
     void dividerIsAThinLine();
+    void layoutDebugOutlineIsDashedAmber_data();
     void layoutDebugOutlineIsDashedAmber();
 };
 
@@ -158,11 +159,25 @@ void StyleSheetTest::dividerIsAThinLine() {
     QCOMPARE(pixelOf(divider, divider->rect().center()), QColor(u"#293343"_s));
 }
 
+void StyleSheetTest::layoutDebugOutlineIsDashedAmber_data() {
+    QTest::addColumn<QWidget*>("marked");
+    QTest::addColumn<QWidget*>("plain");
+    const auto add = [](const char* name, auto make) {
+        QTest::newRow(name) << static_cast<QWidget*>(make(true))
+                            << static_cast<QWidget*>(make(false));
+    };
+    add("label", [](bool on) { return makeLabel(u"a label long enough"_s, u"muted"_s, on); });
+    add("title", [](bool on) { return makeLabel(u"a title long enough"_s, u"appTitle"_s, on); });
+    add("panel", [](bool on) { return buildPanel(u"A PANEL"_s, {{u"k"_s, u"v"_s}}, on); });
+    add("viewport", [](bool on) { return contentFrame(u"rgb"_s, on); });
+    add("skeletal tile", [](bool on) { return buildSkeletalTile(on); });
+}
+
 void StyleSheetTest::layoutDebugOutlineIsDashedAmber() {
-    const auto amberInTopRow = [](bool layoutDebug) {
-        QLabel* label = makeLabel(u"a label that is long enough"_s, u"muted"_s, layoutDebug);
-        const auto holder = styled(label);
-        const QImage image = label->grab().toImage();
+    const auto amberInTopRow = [](QWidget* widget) {
+        const auto holder = styled(widget);
+        widget->setMinimumWidth(200);
+        const QImage image = widget->grab().toImage();
         int amber = 0;
         // The toolkit draws dashes smoothed, that is, blended with the background.
         for (int x = 0; x < image.width(); ++x) {
@@ -171,9 +186,11 @@ void StyleSheetTest::layoutDebugOutlineIsDashedAmber() {
         }
         return 100 * amber / image.width();
     };
-    const int percent = amberInTopRow(true);
+    QFETCH(QWidget*, marked);
+    QFETCH(QWidget*, plain);
+    const int percent = amberInTopRow(marked);
     QVERIFY2(percent > 20 && percent < 90, qPrintable(QString::number(percent)));
-    QCOMPARE(amberInTopRow(false), 0);
+    QCOMPARE(amberInTopRow(plain), 0);
 }
 
 QTEST_MAIN(StyleSheetTest)
