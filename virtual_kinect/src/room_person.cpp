@@ -10,7 +10,7 @@ namespace virtual_kinect::room {
 namespace {
 
 constexpr int kHeadSteps = 6, kBodySteps = 4; ///< pictures from the front to the side
-constexpr int kStridePhases = 10;
+constexpr int kStridePhases = 8;
 constexpr double kHeadPixelsPerMetre = 1000, kBodyPixelsPerMetre = 420;
 constexpr double kQuarterTurn = std::numbers::pi / 2;
 
@@ -35,7 +35,8 @@ std::vector<Sprite> drawAllRound(int steps, const Draw& draw) {
 }
 
 Sprite drawBody(const BodyLook& look, const Wardrobe& clothes, double yaw, double stride) {
-    const double reach = stride < 0 ? 0.36 : 0.48;
+    // Only a step seen from the side reaches far.
+    const double reach = stride >= 0 && yaw != 0 ? 0.48 : 0.34;
     SpriteCanvas canvas({-reach, reach, -0.03, 0.9 * look.height_m, kBodyPixelsPerMetre}, yaw);
     for (const Surface& part : makeBody(look, clothes, stride))
         canvas.draw(part);

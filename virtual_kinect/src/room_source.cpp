@@ -97,8 +97,9 @@ DepthPictures noisyDepth(const Background& room, const NoiseTable& noise, std::u
 class Room : public FrameSource {
 public:
     Room() : noise(1) {
-        auto ownerReady =
-            std::async(std::launch::async, [] { return PersonSprites(Person::Owner); });
+        auto owner = std::async(std::launch::async, [] { return PersonSprites(Person::Owner); });
+        auto stranger =
+            std::async(std::launch::async, [] { return PersonSprites(Person::Stranger); });
         const Background background = paintBackground();
         const cv::Mat tile = noiseTile();
         for (std::size_t i = 0; i < kColourCopies; ++i)
@@ -106,8 +107,8 @@ public:
         for (std::size_t i = 0; i < kDepthCopies; ++i)
             depths[i] = noisyDepth(background, noise, static_cast<std::uint32_t>(i * 8191));
         sprites.reserve(2);
-        sprites.push_back(ownerReady.get());
-        sprites.emplace_back(Person::Stranger);
+        sprites.push_back(owner.get());
+        sprites.push_back(stranger.get());
     }
 
     std::string serialNumber() const override { return "virtual-room"; }

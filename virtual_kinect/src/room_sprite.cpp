@@ -143,22 +143,29 @@ void SpriteCanvas::paintPixel(int y, int x, float u, float v, float light, const
 }
 
 Sprite SpriteCanvas::finish() const {
+    // Only the part that is covered, on whole pixels of the sprite.
+    cv::Rect used = cv::boundingRect(nearest > kFarAway);
+    const cv::Point corner(used.x / kOversampling, used.y / kOversampling);
+    const cv::Size size((used.br().x - 1) / kOversampling + 1 - corner.x,
+                        (used.br().y - 1) / kOversampling + 1 - corner.y);
+    used = {corner * kOversampling, size * kOversampling};
+
     Sprite sprite;
-    const cv::Size size(colour.cols / kOversampling, colour.rows / kOversampling);
-    cv::resize(colour, sprite.colour, size, 0, 0, cv::INTER_AREA);
-    cv::resize(infrared, sprite.infrared, size, 0, 0, cv::INTER_AREA);
+    cv::resize(colour(used), sprite.colour, size, 0, 0, cv::INTER_AREA);
+    cv::resize(infrared(used), sprite.infrared, size, 0, 0, cv::INTER_AREA);
     sprite.relief.create(size, CV_32F);
     for (int y = 0; y < size.height; ++y) {
+        const auto* even = nearest.ptr<float>(used.y + y * kOversampling) + used.x;
+        const auto* odd = nearest.ptr<float>(used.y + y * kOversampling + 1) + used.x;
         for (int x = 0; x < size.width; ++x) {
-            float z = kFarAway;
-            for (int i = 0; i < kOversampling * kOversampling; ++i)
-                z = std::max(z, nearest.at<float>(y * kOversampling + i / kOversampling,
-                                                  x * kOversampling + i % kOversampling));
+            const int at = x * kOversampling;
+            const float z = std::max({even[at], even[at + 1], odd[at], odd[at + 1]});
             sprite.relief.at<float>(y, x) = z > kFarAway ? z : 0.0F;
         }
     }
     sprite.pixelsPerMetre = area.pixelsPerMetre;
-    sprite.origin = {-area.left * area.pixelsPerMetre, area.top * area.pixelsPerMetre};
+    sprite.origin = {-area.left * area.pixelsPerMetre - corner.x,
+                     area.top * area.pixelsPerMetre - corner.y};
     return sprite;
 }
 

@@ -39,6 +39,7 @@ class SpriteCanvas {
 public:
     SpriteCanvas(const SpriteFrame& area, double yaw);
     void draw(const Surface& surface);
+    /// What was drawn, without the empty margins. At least one surface must show.
     Sprite finish() const;
 
 private:
