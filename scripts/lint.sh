@@ -7,10 +7,8 @@ require_packages "${build_packages[@]}" "${lint_packages[@]}"
 git ls-files -- '*.cpp' '*.h' '*.hpp' | xargs clang-format --dry-run -Werror
 say "Formatting is clean."
 
-cmake --preset release >/dev/null
+# clang-tidy reads the compile commands, and the files that the build generates.
+build_preset release build
 [ $# -gt 0 ] || set -- $(git ls-files -- 'src/*.cpp' 'tests/*.cpp' 'virtual_kinect/*.cpp')
-# Generated files are included by the sources, so they must exist.
-cmake --build build --target help | grep -oE '^[a-z_-]+_autogen(:|$)' | tr -d ':' |
-    xargs -r cmake --build build --target >/dev/null
 printf '%s\n' "$@" | xargs -P 2 -n 4 clang-tidy -p build --quiet 2>/dev/null
 say "clang-tidy is clean."
