@@ -1,6 +1,7 @@
 // The awareness members of the main window: one pass over the newest data, and where it goes.
 
 #include "awareness/awareness_report.h"
+#include "face/face_recognition_worker.h"
 #include "ui/main_window.h"
 
 #include <QDateTime>
@@ -17,6 +18,8 @@ void MainWindow::updateAwarenessOverlays() {
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     const AwarenessResult result = runAwarenessPass(awareness, input, faces, now);
     faceOverlays = result.faceOverlays;
+    if (faceWorker)
+        faceWorker->setBodyRegions(result.bodyRegions);
     logAwareness(result);
     updateStreamPixmaps();
 }

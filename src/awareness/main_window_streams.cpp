@@ -1,6 +1,7 @@
 // The stream display members of the main window: newest data in, every tile fed.
 
 #include "awareness/stream_display.h"
+#include "face/face_recognition_worker.h"
 #include "ui/main_window.h"
 #include "ui/stream_image_widget.h"
 
@@ -9,15 +10,31 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A face search takes about that long; handing over more frames would only cost their copies.
+constexpr qint64 faceFrameIntervalMs = 180;
+
+} // namespace
+
 void MainWindow::onFramesReady(const QImage& rgb, const QImage& ir, const QImage& depth) {
     // One copy of each image serves all tiles, and every later pass until the next image comes.
-    if (!rgb.isNull())
+    if (!rgb.isNull()) {
         frames.lastRgbImage = StreamFrame(rgb);
+        submitToFaceWorker(rgb);
+    }
     if (!ir.isNull())
         frames.lastIrImage = StreamFrame(ir);
     if (!depth.isNull())
         frames.lastDepthImage = StreamFrame(depth);
     updateStreamPixmaps();
+}
+
+void MainWindow::submitToFaceWorker(const QImage& rgb) {
+    if (!faceWorker || (faceFrameTimer.isValid() && faceFrameTimer.elapsed() < faceFrameIntervalMs))
+        return;
+    faceWorker->submitFrame(rgb);
+    faceFrameTimer.start();
 }
 
 void MainWindow::onDepthRawReady(const QList<float>& depth_mm, int width, int height) {

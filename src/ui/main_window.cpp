@@ -1,5 +1,6 @@
 #include "ui/main_window.h"
 
+#include "face/face_recognition_worker.h"
 #include "kinect/kinect_stream_worker.h"
 #include "ui/page_content.h"
 #include "ui/responsive_layout.h"
@@ -56,11 +57,13 @@ MainWindow::MainWindow(bool layoutDebug, bool mockMode, bool demoUi, bool demoSp
     setView(u"combo"_s);
     resizeToScreen();
     startKinectWorker();
+    startFaceWorker();
     startVoicePoll();
     applyLook(this, switches.layoutDebug);
 }
 
 MainWindow::~MainWindow() {
+    stopFaceWorker();
     stopKinectWorker();
 }
 
@@ -290,6 +293,20 @@ void MainWindow::startKinectWorker() {
 
 void MainWindow::stopKinectWorker() {
     releaseWorker(kinectWorker, this);
+}
+
+void MainWindow::startFaceWorker() {
+    if (switches.mockMode)
+        return;
+    faceWorker = new FaceRecognitionWorker(switches.personLostMs, this);
+    connect(faceWorker, &FaceRecognitionWorker::overlaysReady, this,
+            &MainWindow::onFaceOverlaysReady);
+    connect(faceWorker, &FaceRecognitionWorker::statusChanged, this, &MainWindow::onFaceStatus);
+    faceWorker->start();
+}
+
+void MainWindow::stopFaceWorker() {
+    releaseWorker(faceWorker, this);
 }
 
 void MainWindow::onStreamStatus(const QString& status) {

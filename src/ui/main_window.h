@@ -13,6 +13,7 @@
 #include <QList>
 #include <QMainWindow>
 
+class FaceRecognitionWorker;
 class KinectStreamWorker;
 class QPushButton;
 class QSplitter;
@@ -70,6 +71,8 @@ public:
 
     void startKinectWorker();
     void stopKinectWorker();
+    void startFaceWorker();
+    void stopFaceWorker();
 
     // What the workers report.
     void onStreamStatus(const QString& status);
@@ -102,6 +105,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void submitToFaceWorker(const QImage& rgb);
     AwarenessInput awarenessInput() const;
     void logAwareness(const AwarenessResult& result);
     void startVoicePoll();
@@ -126,7 +130,9 @@ private:
     QString currentView = QStringLiteral("combo");
     bool compactLayout = false;
 
-    KinectStreamWorker* kinectWorker = nullptr; ///< Owned; null in mock mode.
+    KinectStreamWorker* kinectWorker = nullptr;  ///< Owned; null in mock mode.
+    FaceRecognitionWorker* faceWorker = nullptr; ///< Owned; null in mock mode.
+    QElapsedTimer faceFrameTimer; ///< Since a frame was last handed to the face worker.
 
     NewestFrames frames;
     QList<FaceOverlay> faceOverlays;
