@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A face search takes about that long; handing over more frames would only cost their copies.
+/// No face search is faster; handing over more frames would only cost their copies.
 constexpr qint64 faceFrameIntervalMs = 180;
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <opencv2/imgproc.hpp>
+#include <tuple>
 
 namespace {
 
@@ -219,12 +220,13 @@ std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& front
 }
 
 std::vector<FaceDetection> dedupeDetections(std::vector<FaceDetection> detections) {
-    std::stable_sort(detections.begin(), detections.end(),
-                     [](const FaceDetection& a, const FaceDetection& b) {
-                         if (area(a.rect) != area(b.rect))
-                             return area(a.rect) > area(b.rect);
-                         return detectorPriority(a.detector) > detectorPriority(b.detector);
-                     });
+    // Cascades give their hits in an order of chance, so the place decides between equal ones.
+    const auto key = [](const FaceDetection& hit) {
+        return std::tuple(-area(hit.rect), -detectorPriority(hit.detector), hit.rect.y, hit.rect.x);
+    };
+    std::stable_sort(
+        detections.begin(), detections.end(),
+        [&key](const FaceDetection& a, const FaceDetection& b) { return key(a) < key(b); });
     std::vector<FaceDetection> merged;
     for (const FaceDetection& hit : detections) {
         const auto kept =

@@ -1,4 +1,5 @@
 #include "face/face_detection.h"
+#include "scripted_detector.h"
 #include "support/shared_pictures.h"
 #include "support/temporary_place.h"
 #include "synthetic_face.h"
@@ -47,53 +48,6 @@ QStringList texts(const std::vector<FaceDetection>& detections) {
     }
     return list;
 }
-
-} // namespace
-
-/// Records what it is asked to search and answers with one hit in the top left corner.
-class ScriptedDetector : public cv::BaseCascadeClassifier {
-public:
-    struct Seen {
-        std::vector<cv::Mat> images;
-        std::vector<cv::Size> minSizes;
-    };
-    ScriptedDetector(std::shared_ptr<Seen> record, cv::Rect answer)
-        : seen(std::move(record)), hit(answer) {}
-
-    bool empty() const override { return false; }
-    bool load(const cv::String&) override { return true; }
-    void detectMultiScale(cv::InputArray image, std::vector<cv::Rect>& hits, double, int, int,
-                          cv::Size minSize, cv::Size) override {
-        seen->images.push_back(image.getMat().clone());
-        seen->minSizes.push_back(minSize);
-        hits.clear();
-        if (!hit.empty())
-            hits.push_back(hit);
-    }
-    void detectMultiScale(cv::InputArray, std::vector<cv::Rect>&, std::vector<int>&, double, int,
-                          int, cv::Size, cv::Size) override {}
-    void detectMultiScale(cv::InputArray, std::vector<cv::Rect>&, std::vector<int>&,
-                          std::vector<double>&, double, int, int, cv::Size, cv::Size,
-                          bool) override {}
-    bool isOldFormatCascade() const override { return false; }
-    cv::Size getOriginalWindowSize() const override { return {20, 20}; }
-    int getFeatureType() const override { return 0; }
-    void* getOldCascade() override { return nullptr; }
-    void setMaskGenerator(const cv::Ptr<MaskGenerator>&) override {}
-    cv::Ptr<MaskGenerator> getMaskGenerator() override { return nullptr; }
-
-private:
-    std::shared_ptr<Seen> seen;
-    cv::Rect hit;
-};
-
-namespace {
-
-struct Scripted {
-    std::shared_ptr<ScriptedDetector::Seen> seen = std::make_shared<ScriptedDetector::Seen>();
-    cv::CascadeClassifier cascade;
-    explicit Scripted(cv::Rect hit = {}) { cascade.cc = cv::makePtr<ScriptedDetector>(seen, hit); }
-};
 
 } // namespace
 
