@@ -62,15 +62,18 @@ private:
 void registerSide(const RatioRow& row, const char* side,
                   const std::shared_ptr<LazyContest>& contest,
                   std::function<void()> Contest::*member) {
-    benchmark::RegisterBenchmark((title(row) + " / " + side).c_str(),
-                                 [contest, member](benchmark::State& state) {
-                                     const std::function<void()>& once = contest->get().*member;
-                                     once(); // a first time pays for pages and caches
-                                     for ([[maybe_unused]] const auto turn : state)
-                                         once();
-                                 })
-        ->MeasureProcessCPUTime()
-        ->Unit(benchmark::kNanosecond);
+    auto* const registered =
+        benchmark::RegisterBenchmark((title(row) + " / " + side).c_str(),
+                                     [contest, member](benchmark::State& state) {
+                                         const std::function<void()>& once = contest->get().*member;
+                                         once(); // a first time pays for pages and caches
+                                         for ([[maybe_unused]] const auto turn : state)
+                                             once();
+                                     })
+            ->MeasureProcessCPUTime()
+            ->Unit(benchmark::kNanosecond);
+    if (row.repetitions > 0)
+        registered->Repetitions(row.repetitions);
 }
 
 /// Prints one row; true unless its target was missed.

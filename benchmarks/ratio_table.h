@@ -33,6 +33,8 @@ struct RatioRow {
     std::string against;          ///< The rival.
     std::optional<double> atMost; ///< The target; without one the row only informs.
     std::function<Contest()> prepare;
+    int repetitions =
+        0; ///< Fewer than usual, for sides that take a second; 0 for the usual number.
 };
 
 class RatioTable {
