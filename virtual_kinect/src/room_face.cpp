@@ -82,12 +82,6 @@ void paintEye(const FaceLook& look, float x, float y, cv::Vec3f& colour) {
     mix(colour, look.hair * 0.6F,
         0.9F * std::exp(-brow * brow / (look.browWeight * look.browWeight)) *
             smoothStep(23, 18, std::abs(side)));
-    if (look.glasses > 0) {
-        const float rim = std::abs(std::sqrt(side * side / 1.35F + height * height) - 18.5F);
-        const bool bridge = std::abs(height - 6) < 1.8F && std::abs(x) < look.eyeDistance - 19;
-        mix(colour, {20, 18, 18},
-            look.glasses * std::max(smoothStep(2.4F, 1.2F, rim), bridge ? 0.9F : 0.0F));
-    }
 }
 
 void paintNoseAndMouth(const FaceLook& look, float x, float y, cv::Vec3f& colour) {

@@ -18,7 +18,6 @@ struct FaceLook {
     float hairline = 68;    ///< above the middle of the head
     float hairLength = -10; ///< how far down the hair reaches at the sides and the back
     float beard = 0;        ///< 0 none to 1 full
-    float glasses = 0;      ///< 0 none to 1 dark frames
     /// Grain of the skin: size across and down in millimetres and strength from 0 to 1, coarse and
     /// fine. The recogniser compares such texture far more than the shape of a face.
     cv::Size2d coarseGrain{14, 14}, fineGrain{6, 6};
