@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QScrollArea>
 #include <QVBoxLayout>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -18,9 +19,16 @@ namespace {
 /// and their wish must not push the lower ones out of sight.
 class PageFrame : public QFrame {
 public:
+    explicit PageFrame(const QWidget* shownContent) : content(shownContent) {}
+
     int heightForWidth(int width) const override {
-        return layout()->totalMinimumHeightForWidth(width);
+        // A layout takes a widget's own minimum for enough, also where its content needs more.
+        const int squeezed = content->minimumSizeHint().height() - content->minimumHeight();
+        return layout()->totalMinimumHeightForWidth(width) + std::max(squeezed, 0);
     }
+
+private:
+    const QWidget* content;
 };
 
 class ComboContainer : public QWidget {
@@ -132,7 +140,7 @@ QWidget* comboContainer() {
 }
 
 QWidget* pageAround(QWidget* content, const ViewSpec& view, bool layoutDebug) {
-    auto* frame = new PageFrame;
+    auto* frame = new PageFrame(content);
     frame->setObjectName(u"viewFrame"_s);
     markForLayoutDebug(frame, layoutDebug);
     auto* layout = new QVBoxLayout(frame);

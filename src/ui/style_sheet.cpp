@@ -5,18 +5,7 @@
 
 namespace {
 
-/// The view buttons' colour on the window's.
-QPalette scrollBarPalette() {
-    QPalette palette(QColor(0x17, 0x1e, 0x2a), QColor(0x0d, 0x11, 0x18));
-    palette.setColor(QPalette::WindowText, QColor(0xe8, 0xee, 0xf7));
-    palette.setColor(QPalette::ButtonText, QColor(0xe8, 0xee, 0xf7));
-    return palette;
-}
-
-} // namespace
-
-QString applicationStyleSheet() {
-    return QStringLiteral(R"(
+constexpr QLatin1StringView applicationSheet(R"(
 QMainWindow, QWidget#root {
     background: #0d1118;
     color: #e8eef7;
@@ -101,6 +90,19 @@ QWidget[layoutDebug="true"], QFrame[layoutDebug="true"], QLabel[layoutDebug="tru
     border: 1px dashed #ffcc66;
 }
 )");
+
+/// The view buttons' colour on the window's.
+QPalette scrollBarPalette() {
+    QPalette palette(QColor(0x17, 0x1e, 0x2a), QColor(0x0d, 0x11, 0x18));
+    palette.setColor(QPalette::WindowText, QColor(0xe8, 0xee, 0xf7));
+    palette.setColor(QPalette::ButtonText, QColor(0xe8, 0xee, 0xf7));
+    return palette;
+}
+
+} // namespace
+
+QString applicationStyleSheet() {
+    return applicationSheet;
 }
 
 QString layoutDebugStyleSheet() {

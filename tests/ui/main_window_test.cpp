@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTest>
@@ -31,6 +32,12 @@ std::unique_ptr<MainWindow> mockWindow(bool layoutDebug = false, bool demo = fal
     window->show();
     [[maybe_unused]] const bool shown = QTest::qWaitForWindowActive(window.get());
     return window;
+}
+
+/// Lets a new size reach the innermost layout: each one asks the next by an event.
+void settle() {
+    for (int round = 0; round < 10; ++round)
+        QCoreApplication::processEvents();
 }
 
 QString viewStatus(const QString& buttonText) {
@@ -113,6 +120,10 @@ private Q_SLOTS:
     void quitKeysClose();
     void pagesScrollVerticallyOnly();
     void comboPageHasItsTiles();
+    void pagesFitANormalWindowWithoutScrolling_data();
+    void pagesFitANormalWindowWithoutScrolling();
+    void tilesNeverOverlap_data();
+    void tilesNeverOverlap();
     void skeletalPageWithoutDemo();
     void demoUiShowsPeopleOnTheSkeletalPageAlone();
     void pillsAboveRoomAndFollow();
@@ -281,6 +292,46 @@ void MainWindowTest::comboPageHasItsTiles() {
     QVERIFY(allLabelTexts(*page, u"panelTitle"_s).contains(u"SKELETAL"_s));
     QVERIFY(allLabelTexts(*page, u"sceneHint"_s).contains(u"Unavailable in Gate 4"_s));
     QVERIFY(allLabelTexts(*page, u"speakerStatus"_s).contains(u"No skeleton backend connected."_s));
+}
+
+void MainWindowTest::pagesFitANormalWindowWithoutScrolling_data() {
+    QTest::addColumn<QString>("view");
+    for (const ViewSpec& view : viewSpecs())
+        QTest::newRow(qPrintable(view.key)) << view.key;
+}
+
+void MainWindowTest::pagesFitANormalWindowWithoutScrolling() {
+    QFETCH(QString, view);
+    const auto window = mockWindow();
+    window->resize(1440, 810);
+    window->setView(view);
+    settle();
+    const auto* page =
+        qobject_cast<QScrollArea*>(window->findChild<QStackedWidget*>()->currentWidget());
+    QCOMPARE(page->verticalScrollBar()->maximum(), 0);
+}
+
+void MainWindowTest::tilesNeverOverlap_data() {
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("normal") << QSize(1440, 810);
+    QTest::newRow("compact") << QSize(1000, 820);
+    QTest::newRow("a little too low") << QSize(1000, 790);
+    QTest::newRow("smallest") << QSize(560, 420);
+}
+
+void MainWindowTest::tilesNeverOverlap() {
+    QFETCH(QSize, size);
+    const auto window = mockWindow();
+    window->resize(size);
+    settle();
+    const QWidget* grid = window->streamLabel(u"combo_rgb"_s)->parentWidget();
+    const auto tiles = grid->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(tiles.size(), 4);
+    for (const QWidget* tile : tiles) {
+        QVERIFY(grid->rect().contains(tile->geometry()));
+        for (const QWidget* other : tiles)
+            QVERIFY(tile == other || !tile->geometry().intersects(other->geometry()));
+    }
 }
 
 void MainWindowTest::skeletalPageWithoutDemo() {
