@@ -64,17 +64,17 @@ change_views() {
     local window key
     trap 'exit 0' TERM
     window=$(xdotool search --sync --onlyvisible --name '^Lumeno Control Center$' | head -n 1)
-    xdotool windowmove "$window" 0 0
+    xdotool windowmove "$window" 0 0 windowsize "$window" 1600 1000
     while true; do
         for key in 5 7 1 6 2 3 4; do
-            xdotool windowfocus "$window" key --window "$window" "$key" || true
+            xdotool windowfocus "$window" key --window "$window" "$key" 2>/dev/null || true
             sleep 15 &
             wait $! || true
         done
     done
 }
 
-Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp -fbdir "$place/screen" \
+Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp -fbdir "$place/screen" \
     3>"$place/display" 2>/dev/null &
 jobs_to_end+=($!)
 for ((i = 0; i < 200; ++i)); do
@@ -113,7 +113,7 @@ set terminal pngcairo size 1400,1400 font "DejaVu Sans,10"
 set output "$out/curves.png"
 set multiplot layout 5,1 title "$minutes minutes on the virtual room"
 set grid; set key left top; set xlabel "seconds"; set datafile separator "\t"
-set yrange [0:*]
+set yrange [0:*]; set offsets 0, 0, graph 0.2, 0
 data = "$out/samples.tsv"
 set ylabel "MiB"
 plot data using 1:2 with lines title "resident memory", \
