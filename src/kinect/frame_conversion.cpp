@@ -117,7 +117,7 @@ int FrameConverter::imagesInUse() const {
 }
 
 QList<float> rawDepth(const FrameView& frame) {
-    if (frame.data == nullptr || frame.bytesPerPixel != sensor::bytesPerPixel)
+    if (!isUsable(frame))
         return {};
     QList<float> values(static_cast<qsizetype>(frame.width * frame.height));
     std::memcpy(values.data(), frame.data, static_cast<std::size_t>(values.size()) * sizeof(float));

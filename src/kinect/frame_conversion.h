@@ -64,6 +64,6 @@ private:
 };
 
 /// The depth frame's values, unchanged: width x height floats, row-major, in millimetres, 0 where
-/// there is no reading. Empty without data or with other than four bytes per pixel; whether any
-/// value is valid does not matter.
+/// there is no reading. Empty when the frame is not usable; whether any value is valid does not
+/// matter.
 QList<float> rawDepth(const FrameView& frame);
