@@ -37,7 +37,7 @@ public:
         const QImage ir = converter.infrared(frames.infraredView());
         const QImage depthImage = converter.depth(depth);
         Q_EMIT worker.framesReady(rgb, ir, depthImage);
-        Q_EMIT worker.depthRawReady(rawDepth(depth), static_cast<int>(depth.width),
+        Q_EMIT worker.depthRawReady(converter.rawDepth(depth), static_cast<int>(depth.width),
                                     static_cast<int>(depth.height));
         QCoreApplication::sendPostedEvents(&receiver);
     }

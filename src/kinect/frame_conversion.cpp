@@ -17,8 +17,21 @@ constexpr double leastCutRange = 1200.0;
 /// The share of a wide range that stays below saturation: reflectors would darken all else.
 constexpr double keptShareOfRange = 0.85;
 
-const unsigned char* rowOf(const FrameView& frame, int y) {
-    return frame.data + static_cast<std::size_t>(y) * frame.width * sensor::bytesPerPixel;
+/// Calls `convert(pixels of the frame, pixels of the image, count)` for the whole image at once
+/// where its rows lie without gaps, else row by row.
+template <typename Convert>
+void forEachRun(const FrameView& frame, QImage& image, Convert convert) {
+    const auto rowBytes = static_cast<qsizetype>(frame.width * 3);
+    if (image.isNull())
+        return;
+    if (image.bytesPerLine() == rowBytes) {
+        convert(frame.data, image.bits(), frame.width * frame.height);
+        return;
+    }
+    for (int y = 0; y < image.height(); ++y) {
+        const std::size_t first = static_cast<std::size_t>(y) * frame.width;
+        convert(frame.data + first * sensor::bytesPerPixel, image.scanLine(y), frame.width);
+    }
 }
 
 QImage imageFor(const FrameView& frame, ImagePool& pool) {
@@ -43,6 +56,16 @@ std::optional<InfraredScale> scaleFor(const InfraredRange& found) {
     }
     scale.scale = scale.range > 1.0 ? 255.0 / scale.range : 255.0;
     return scale;
+}
+
+/// Whether nobody but the caller holds the list any more, on any thread.
+bool isReleased(const QList<float>& list) {
+    if (!list.isDetached())
+        return false;
+    // That was a look without order. Counting this copy and uncounting it puts what the last other
+    // holder did with the list before what the caller does next.
+    [[maybe_unused]] const QList<float> counted = list;
+    return true;
 }
 
 /// One channel of the jet ramp, which peaks at `center` on the scale of 0 to 4.
@@ -84,8 +107,9 @@ FrameConverter::~FrameConverter() = default;
 
 QImage FrameConverter::color(const FrameView& frame) {
     QImage image = imageFor(frame, *colorImages);
-    for (int y = 0; y < image.height(); ++y)
-        kernels.packColor(rowOf(frame, y), image.scanLine(y), frame.width, frame.rgbx);
+    forEachRun(frame, image, [&](const unsigned char* in, unsigned char* out, std::size_t pixels) {
+        kernels.packColor(in, out, pixels, frame.rgbx);
+    });
     return image;
 }
 
@@ -96,19 +120,19 @@ QImage FrameConverter::infrared(const FrameView& frame) {
     if (!scale)
         return {};
     QImage image = imageFor(frame, *infraredImages);
-    for (int y = 0; y < image.height(); ++y)
-        kernels.infraredRow(rowOf(frame, y), image.scanLine(y), frame.width, *scale);
+    forEachRun(frame, image, [&](const unsigned char* in, unsigned char* out, std::size_t pixels) {
+        kernels.infraredPixels(in, out, pixels, *scale);
+    });
     return image;
 }
 
 QImage FrameConverter::depth(const FrameView& frame) {
     QImage image = imageFor(frame, *depthImages);
     bool anyValid = false;
-    for (int y = 0; y < image.height(); ++y) {
-        const bool valid =
-            kernels.depthRow(rowOf(frame, y), image.scanLine(y), frame.width, depthPalette);
+    forEachRun(frame, image, [&](const unsigned char* in, unsigned char* out, std::size_t pixels) {
+        const bool valid = kernels.depthPixels(in, out, pixels, depthPalette);
         anyValid = anyValid || valid;
-    }
+    });
     return anyValid ? image : QImage();
 }
 
@@ -116,10 +140,19 @@ int FrameConverter::imagesInUse() const {
     return std::max({colorImages->inUse(), infraredImages->inUse(), depthImages->inUse()});
 }
 
-QList<float> rawDepth(const FrameView& frame) {
+QList<float> FrameConverter::rawDepth(const FrameView& frame) {
     if (!isUsable(frame))
         return {};
-    QList<float> values(static_cast<qsizetype>(frame.width * frame.height));
-    std::memcpy(values.data(), frame.data, static_cast<std::size_t>(values.size()) * sizeof(float));
-    return values;
+    const std::size_t count = frame.width * frame.height;
+    const auto size = static_cast<qsizetype>(count);
+    auto list = std::find_if(depthLists.begin(), depthLists.end(), [size](const auto& candidate) {
+        return candidate.size() == size && isReleased(candidate);
+    });
+    if (list == depthLists.end()) {
+        list = depthLists.begin() + static_cast<std::ptrdiff_t>(oldestDepthList);
+        oldestDepthList = (oldestDepthList + 1) % depthLists.size();
+        *list = QList<float>(size);
+    }
+    std::memcpy(list->data(), frame.data, count * sizeof(float));
+    return *list;
 }

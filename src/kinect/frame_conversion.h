@@ -3,6 +3,7 @@
 #include <QImage>
 #include <QList>
 
+#include <array>
 #include <cstddef>
 #include <memory>
 
@@ -53,6 +54,11 @@ public:
     /// 8000 mm. Null when no pixel is inside. Computed in single precision.
     QImage depth(const FrameView& frame);
 
+    /// The depth frame's values, unchanged: width x height floats, row-major, in millimetres, 0
+    /// where there is no reading. Empty when the frame is not usable; whether any value is valid
+    /// does not matter.
+    QList<float> rawDepth(const FrameView& frame);
+
     /// How many images of the stream with the most of them somebody still holds.
     int imagesInUse() const;
 
@@ -61,9 +67,6 @@ private:
     std::unique_ptr<ImagePool> colorImages;
     std::unique_ptr<ImagePool> infraredImages;
     std::unique_ptr<ImagePool> depthImages;
+    std::array<QList<float>, 4> depthLists; ///< Filled again when nobody else holds them.
+    std::size_t oldestDepthList = 0;
 };
-
-/// The depth frame's values, unchanged: width x height floats, row-major, in millimetres, 0 where
-/// there is no reading. Empty when the frame is not usable; whether any value is valid does not
-/// matter.
-QList<float> rawDepth(const FrameView& frame);

@@ -9,17 +9,33 @@ namespace LUMENO_KERNELS {
 namespace {
 
 constexpr std::size_t blockPixels = 64;
+constexpr std::size_t pixelsAhead = 1024;
 constexpr float largestFloat = __FLT_MAX__;
 constexpr float near_mm = DepthPalette::near_mm;
 constexpr float far_mm = DepthPalette::far_mm;
 
 using Bytes16 = unsigned char __attribute__((vector_size(16)));
 
+/// Asks for the memory of the block that comes 4 KB later. Frames come from another processor's
+/// cache or from memory, and images go there: without this a colour frame takes nearly twice as
+/// long.
+inline void prefetchLaterBlock(const unsigned char* source, unsigned char* rgb) {
+    constexpr std::size_t cacheLine = 64;
+    for (std::size_t at = 0; at < blockPixels * 4; at += cacheLine)
+        __builtin_prefetch(source + pixelsAhead * 4 + at);
+    for (std::size_t at = 0; at < blockPixels * 3; at += cacheLine)
+        __builtin_prefetch(rgb + pixelsAhead * 3 + at, 1);
+}
+
 /// Calls `convert(source, rgb)` for whole blocks of pixels, the last of them through padded copies.
 template <typename Convert>
 void forEachBlock(const unsigned char* source, unsigned char* rgb, std::size_t pixels,
                   Convert convert) {
     std::size_t done = 0;
+    for (; done + pixelsAhead + blockPixels <= pixels; done += blockPixels) {
+        prefetchLaterBlock(source + done * 4, rgb + done * 3);
+        convert(source + done * 4, rgb + done * 3);
+    }
     for (; done + blockPixels <= pixels; done += blockPixels)
         convert(source + done * 4, rgb + done * 3);
     if (done == pixels)
@@ -99,8 +115,8 @@ inline void spreadGrey16(const unsigned char* grey, unsigned char* rgb) {
     __builtin_memcpy(rgb, out, sizeof out);
 }
 
-void infraredRow(const unsigned char* floats, unsigned char* rgb, std::size_t pixels,
-                 const InfraredScale& scale) {
+void infraredPixels(const unsigned char* floats, unsigned char* rgb, std::size_t pixels,
+                    const InfraredScale& scale) {
     forEachBlock(floats, rgb, pixels, [s = scale](const unsigned char* in, unsigned char* out) {
         const double saturated = s.range * s.scale;
         unsigned char grey[blockPixels];
@@ -120,8 +136,8 @@ void infraredRow(const unsigned char* floats, unsigned char* rgb, std::size_t pi
     });
 }
 
-bool depthRow(const unsigned char* floats, unsigned char* rgb, std::size_t pixels,
-              const DepthPalette& palette) {
+bool depthPixels(const unsigned char* floats, unsigned char* rgb, std::size_t pixels,
+                 const DepthPalette& palette) {
     int nearest = -1; // no index above it but noReading
     forEachBlock(floats, rgb, pixels, [&](const unsigned char* in, unsigned char* out) {
         int indices[blockPixels];
@@ -153,6 +169,7 @@ bool depthRow(const unsigned char* floats, unsigned char* rgb, std::size_t pixel
 } // namespace
 
 extern const FrameKernels kernels;
-const FrameKernels kernels = {LUMENO_KERNELS_NAME, packColor, infraredRange, infraredRow, depthRow};
+const FrameKernels kernels = {LUMENO_KERNELS_NAME, packColor, infraredRange, infraredPixels,
+                              depthPixels};
 
 } // namespace LUMENO_KERNELS

@@ -40,11 +40,11 @@ struct FrameKernels {
     /// Range of the valid (finite, positive) floats.
     InfraredRange (*infraredRange)(const unsigned char* floats, std::size_t pixels);
     /// One float a pixel to grey R, G, B.
-    void (*infraredRow)(const unsigned char* floats, unsigned char* rgb, std::size_t pixels,
-                        const InfraredScale& scale);
+    void (*infraredPixels)(const unsigned char* floats, unsigned char* rgb, std::size_t pixels,
+                           const InfraredScale& scale);
     /// One float a pixel (millimetres) to R, G, B. Says whether any was a valid depth.
-    bool (*depthRow)(const unsigned char* floats, unsigned char* rgb, std::size_t pixels,
-                     const DepthPalette& palette);
+    bool (*depthPixels)(const unsigned char* floats, unsigned char* rgb, std::size_t pixels,
+                        const DepthPalette& palette);
 };
 
 /// All kernels that this processor can run, the fastest first; never empty.

@@ -81,7 +81,7 @@ public:
         set.rgb = converter.color(viewOf(frames, Frame::Color));
         set.ir = converter.infrared(viewOf(frames, Frame::Ir));
         set.depth = converter.depth(depth);
-        set.depth_mm = rawDepth(depth);
+        set.depth_mm = converter.rawDepth(depth);
         set.depthWidth = static_cast<int>(depth.width);
         set.depthHeight = static_cast<int>(depth.height);
         return set;

@@ -91,6 +91,8 @@ private Q_SLOTS:
     void rawDepthIsTheFrameItself();
     void rawDepthNeedsDataAndFourBytes();
     void imageThatSomebodyHoldsIsNotWrittenAgain();
+    void depthListThatSomebodyHoldsIsNotWrittenAgain();
+    void depthListsAreUsedAgain();
     void buffersAreUsedAgain();
     void poolOutlivedByItsImages();
     void poolRefusesSizesWithoutPixels();
@@ -298,7 +300,7 @@ void FrameConversionTest::depthWithoutValidPixelIsNull() {
             FrameConverter converter(kernels);
             const FrameView frame = viewOf(values, static_cast<int>(values.size()), 1);
             QVERIFY(converter.depth(frame).isNull());
-            QCOMPARE(rawDepth(frame).size(), values.size());
+            QCOMPARE(converter.rawDepth(frame).size(), values.size());
         }
     }
 }
@@ -379,22 +381,24 @@ void FrameConversionTest::unalignedFramesConvert() {
 
 void FrameConversionTest::rawDepthIsTheFrameItself() {
     const Floats values{0.0F, -1.0F, notANumber, infinity, 1234.5F, denormal};
-    const Floats copy = rawDepth(viewOf(values, 3, 2));
+    FrameConverter converter;
+    const Floats copy = converter.rawDepth(viewOf(values, 3, 2));
     QCOMPARE(copy.size(), values.size());
     QVERIFY(std::memcmp(copy.constData(), values.constData(), sizeof(float) * 6) == 0);
 }
 
 void FrameConversionTest::rawDepthNeedsDataAndFourBytes() {
+    FrameConverter converter;
     const Floats values{1.0F, 2.0F};
     FrameView frame = viewOf(values, 2, 1);
-    QCOMPARE(rawDepth(frame), values);
+    QCOMPARE(converter.rawDepth(frame), values);
     frame.bytesPerPixel = 2;
-    QVERIFY(rawDepth(frame).isEmpty());
+    QVERIFY(converter.rawDepth(frame).isEmpty());
     frame = viewOf(values, 2, 0);
-    QVERIFY(rawDepth(frame).isEmpty());
+    QVERIFY(converter.rawDepth(frame).isEmpty());
     frame = viewOf(values, 2, 1);
     frame.data = nullptr;
-    QVERIFY(rawDepth(frame).isEmpty());
+    QVERIFY(converter.rawDepth(frame).isEmpty());
 }
 
 void FrameConversionTest::imageThatSomebodyHoldsIsNotWrittenAgain() {
@@ -407,6 +411,30 @@ void FrameConversionTest::imageThatSomebodyHoldsIsNotWrittenAgain() {
         expected.append(plain::color(bytes.data(), 8, 8, false));
     }
     QCOMPARE(held, expected);
+}
+
+void FrameConversionTest::depthListThatSomebodyHoldsIsNotWrittenAgain() {
+    FrameConverter converter;
+    QList<Floats> held;
+    QList<Floats> expected;
+    for (int i = 0; i < 20; ++i) {
+        expected.append(Floats{static_cast<float>(i), 2.0F});
+        held.append(converter.rawDepth(viewOf(expected.last(), 2, 1)));
+    }
+    QCOMPARE(held, expected);
+}
+
+void FrameConversionTest::depthListsAreUsedAgain() {
+    FrameConverter converter;
+    const Floats values(100, 1.0F);
+    Floats list = converter.rawDepth(viewOf(values, 10, 10));
+    Floats copy = list;
+    const float* const first = list.constData();
+    list = converter.rawDepth(viewOf(values, 10, 10));
+    QVERIFY(list.constData() != first); // the copy still holds it
+    copy.clear();
+    QCOMPARE(converter.rawDepth(viewOf(values, 10, 10)).constData(), first);
+    QCOMPARE(converter.rawDepth(viewOf(values, 5, 10)).size(), 50);
 }
 
 void FrameConversionTest::buffersAreUsedAgain() {
