@@ -35,7 +35,7 @@ function(lumeno_test name)
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
-  set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+  set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;QTEST_FUNCTION_TIMEOUT=${arg_TIMEOUT}000")
   if(LUMENO_SANITIZE MATCHES "thread")
     string(APPEND environment
       ";TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")

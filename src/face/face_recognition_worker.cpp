@@ -38,7 +38,9 @@ void yieldProcessorToOthers() {
 } // namespace
 
 FaceRecognitionWorker::FaceRecognitionWorker(int lostTimeout, QObject* parent, Options settings)
-    : QThread(parent), lostTimeoutMs(lostTimeout), options(std::move(settings)) {}
+    : QThread(parent), lostTimeoutMs(lostTimeout), options(std::move(settings)) {
+    setObjectName(u"face-search"_s); // names the thread for whoever looks at the process
+}
 
 FaceRecognitionWorker::~FaceRecognitionWorker() {
     stop();

@@ -96,7 +96,9 @@ private:
     libfreenect2::Freenect2Device* device = nullptr; ///< The context's.
 };
 
-KinectStreamWorker::KinectStreamWorker(QObject* parent) : QThread(parent) {}
+KinectStreamWorker::KinectStreamWorker(QObject* parent) : QThread(parent) {
+    setObjectName(u"kinect-streams"_s); // names the thread for whoever looks at the process
+}
 
 KinectStreamWorker::~KinectStreamWorker() {
     stop();
