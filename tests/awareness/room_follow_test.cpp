@@ -1,0 +1,267 @@
+#include "app/identity.h"
+#include "awareness/awareness_pass.h"
+#include "face/face_pass.h"
+#include "face/owner_model.h"
+#include "face/owner_samples.h"
+#include "frame_source.h"
+#include "room_optics.h"
+#include "room_person.h"
+#include "room_samples.h"
+#include "room_story.h"
+#include "support/temporary_place.h"
+
+#include <QDir>
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+using namespace Qt::StringLiterals;
+using namespace virtual_kinect::room;
+
+/// The built-in room's story seen by the face pass and the awareness pass, in the story's own time,
+/// so that the result does not depend on the machine's pace. With LUMENO_KEEP_PICTURES set to a
+/// folder, what the Follow view shows in the moments of the story is written there.
+class RoomFollowTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void nobodyIsFollowedInTheEmptyRoom();
+    void theOwnerIsFollowed();
+    void thereIsNoZoomCloserThanAMetre();
+    void theViewIsHeldWhileTheOwnerIsAway();
+    void theOwnerIsFoundAgain();
+    void theOwnerStaysTheTargetBesideAStranger();
+    void theStrangerAloneIsFollowed();
+    void theOwnerIsForgottenLongAfter();
+
+private:
+    TemporaryPlace place;
+};
+
+namespace {
+
+constexpr qint64 start = 1'700'000'000'000;
+constexpr int lostMs = 5000;
+/// Every second frame is enough for the story and halves the time that the test takes.
+constexpr int frameStep = 2;
+/// A face pass takes about 0.6 s of a busy machine; the newest frame is worked on next.
+constexpr int framesPerFacePass = 18;
+
+struct Moment {
+    double seconds;
+    FollowView view;
+    QString status;
+    QStringList labels;
+};
+
+/// The story so far, frame by frame.
+class Story {
+public:
+    Story() : source(virtual_kinect::makeRoomSource()) {
+        if (virtual_kinect::writeOwnerSamples("faces/tavin") < 1)
+            qFatal("no samples of the room's owner");
+        std::vector<TrainingSample> samples;
+        loadTavinSamples(options.samplesDir, samples);
+        tools.recognizer = trainOwnerModel(samples);
+        if (!loadCascade(tools.frontal, options.frontalCascadePath) ||
+            !loadCascade(tools.profile, options.profileCascadePath))
+            qFatal("no cascades");
+        input.imageSize = QSize(kColourWidth, kColourHeight);
+        input.depthWidth = kDepthWidth;
+        input.depthHeight = kDepthHeight;
+        input.personLostMs = lostMs;
+    }
+
+    QList<Moment> play() {
+        QList<Moment> moments;
+        const int frameCount = int(kLoopSeconds * kFramesPerSecond);
+        for (int number = 0; number < frameCount; number += frameStep) {
+            source->render(std::uint64_t(number), frames);
+            now = start + number * 1000 / kFramesPerSecond;
+            input.lastDepthMm = QList<float>(frames.depth.begin(), frames.depth.end());
+            pass();
+            if (number % framesPerFacePass == 0) {
+                lookForFaces();
+                pass();
+            }
+            moments.append({double(number) / kFramesPerSecond, state.followView,
+                            state.followTarget.selectedFollowTarget.section(u" | "_s, 0, 0),
+                            labels()});
+            keepPicture(number);
+        }
+        return moments;
+    }
+
+private:
+    void pass() {
+        const AwarenessResult result = runAwarenessPass(state, input, measuredFaces(input), now);
+        input.faceOverlays = result.faceOverlays;
+        regions = result.bodyRegions;
+    }
+
+    /// The result is that of the frame before: a pass takes its time.
+    void lookForFaces() {
+        input.faceOverlays = pendingFaces;
+        cv::Mat grey = greyFrame(colour().convertToFormat(QImage::Format_RGB888));
+        const FacePass found = findFaces(grey, tools, options, regions);
+        tracks = updateFaceTracks(std::move(tracks), found.faces, now, lostMs);
+        pendingFaces = faceOverlays(tracks, now, lostMs);
+    }
+
+    QImage colour() const {
+        return QImage(frames.bgrx.data(), frames.colorWidth, frames.colorHeight,
+                      QImage::Format_RGB32);
+    }
+
+    QStringList labels() const {
+        QStringList names;
+        for (const FaceOverlay& overlay : input.faceOverlays)
+            names.append(overlay.label);
+        return names;
+    }
+
+    void keepPicture(int number) const {
+        const QString folder = qEnvironmentVariable("LUMENO_KEEP_PICTURES");
+        if (folder.isEmpty() || number % kFramesPerSecond != 0)
+            return;
+        const QRect crop = state.followView.followCrop;
+        const QString name = u"follow-%1.jpg"_s.arg(number / kFramesPerSecond, 2, 10, QChar(u'0'));
+        colour().copy(crop.isValid() ? crop : QRect()).save(QDir(folder).filePath(name));
+    }
+
+    Options options;
+    FaceTools tools;
+    FaceTracks tracks;
+    QList<FaceOverlay> pendingFaces;
+    std::unique_ptr<virtual_kinect::FrameSource> source;
+    virtual_kinect::FrameSet frames;
+    AwarenessState state;
+    AwarenessInput input;
+    QList<QRect> regions;
+    qint64 now = start;
+};
+
+QList<Moment> story;
+
+/// How many of the moments between two times are as `wanted`, 0 … 1.
+double share(double from, double to, const std::function<bool(const Moment&)>& wanted) {
+    int all = 0;
+    int good = 0;
+    for (const Moment& moment : story) {
+        if (moment.seconds < from || moment.seconds >= to)
+            continue;
+        ++all;
+        good += wanted(moment) ? 1 : 0;
+    }
+    return all == 0 ? 0.0 : double(good) / all;
+}
+
+bool showsHeadOf(const Moment& moment, Person who) {
+    for (const PersonMoment& person : peopleAt(moment.seconds)) {
+        if (person.who != who)
+            continue;
+        const cv::Point2d head =
+            project({person.x_m, headHeight_m(who) + person.lift_m, person.z_m});
+        return moment.view.followCrop.contains(QPoint(int(head.x), int(head.y)));
+    }
+    return false;
+}
+
+/// What a failing test shows: the statuses and zooms of a stretch, once a second.
+QByteArray told(double from, double to) {
+    QStringList lines;
+    for (const Moment& moment : story) {
+        if (moment.seconds < from || moment.seconds >= to ||
+            int(std::lround(moment.seconds * kFramesPerSecond)) % kFramesPerSecond != 0)
+            continue;
+        const QRect& crop = moment.view.followCrop;
+        lines.append(u"%1 s: %2, zoom %3 (%4), crop %5,%6 %7x%8, sees %9"_s.arg(
+            QString::number(moment.seconds, 'f', 1), moment.status,
+            QString::number(moment.view.followZoom, 'f', 2), moment.view.zoomReason,
+            QString::number(crop.x()), QString::number(crop.y()), QString::number(crop.width()),
+            QString::number(crop.height()), moment.labels.join(u", "_s)));
+    }
+    return lines.join(u'\n').toUtf8();
+}
+
+} // namespace
+
+void RoomFollowTest::initTestCase() {
+    story = Story().play();
+    if (qEnvironmentVariableIsSet("LUMENO_KEEP_PICTURES"))
+        qInfo().noquote() << told(0.0, kLoopSeconds);
+}
+
+void RoomFollowTest::nobodyIsFollowedInTheEmptyRoom() {
+    const double calm = share(kEmptyAtFirst.from, kEmptyAtFirst.to, [](const Moment& moment) {
+        return moment.status == u"No follow target"_s && moment.view.followCrop.isNull();
+    });
+    QVERIFY2(calm == 1.0, told(kEmptyAtFirst.from, kEmptyAtFirst.to));
+}
+
+void RoomFollowTest::theOwnerIsFollowed() {
+    const double from = kOwnerFrontal.from + 2.0;
+    const double followed = share(from, kOwnerFrontal.to, [](const Moment& moment) {
+        return moment.status == u"Following Tavin"_s && moment.view.followZoom > 2.5 &&
+               showsHeadOf(moment, Person::Owner);
+    });
+    QVERIFY2(followed > 0.95, told(from, kOwnerFrontal.to));
+}
+
+void RoomFollowTest::thereIsNoZoomCloserThanAMetre() {
+    const double from = kOwnerVeryClose.from + 0.5;
+    const double close = share(from, kOwnerVeryClose.to, [](const Moment& moment) {
+        return moment.view.closeNoZoomActive && moment.status == u"Following Tavin"_s;
+    });
+    QVERIFY2(close > 0.95, told(from - 2.0, kOwnerVeryClose.to));
+    const double wide = share(kOwnerVeryClose.to - 0.5, kOwnerVeryClose.to,
+                              [](const Moment& moment) { return moment.view.followZoom < 1.5; });
+    QVERIFY2(wide == 1.0, told(from, kOwnerVeryClose.to));
+}
+
+void RoomFollowTest::theViewIsHeldWhileTheOwnerIsAway() {
+    const double held = share(kOwnerAway.from, kOwnerAway.to, [](const Moment& moment) {
+        return moment.view.followCrop.isValid() &&
+               (moment.status == u"Tavin lost, holding last position"_s ||
+                moment.status == u"Reacquiring Tavin face"_s);
+    });
+    QVERIFY2(held == 1.0, told(kOwnerAway.from, kOwnerAway.to));
+}
+
+void RoomFollowTest::theOwnerIsFoundAgain() {
+    const double from = kOwnerReturned.from + 2.0;
+    const double found = share(from, kBothFrontal.from, [](const Moment& moment) {
+        return moment.status == u"Following Tavin"_s && showsHeadOf(moment, Person::Owner);
+    });
+    QVERIFY2(found > 0.95, told(from, kBothFrontal.from));
+}
+
+void RoomFollowTest::theOwnerStaysTheTargetBesideAStranger() {
+    const double followed = share(kBothFrontal.from, kBothFrontal.to, [](const Moment& moment) {
+        return moment.status == u"Following Tavin"_s && showsHeadOf(moment, Person::Owner);
+    });
+    QVERIFY2(followed > 0.95, told(kBothFrontal.from, kBothFrontal.to));
+}
+
+void RoomFollowTest::theStrangerAloneIsFollowed() {
+    // The owner's face is remembered for 5 s, and for 5 s more any body may be the owner's.
+    const double from = kStrangerAlone.from + 10.5;
+    const double followed = share(from, kStrangerAlone.to, [](const Moment& moment) {
+        return moment.status == u"Following person"_s && showsHeadOf(moment, Person::Stranger);
+    });
+    QVERIFY2(followed > 0.95, told(kStrangerAlone.from, kStrangerAlone.to));
+}
+
+void RoomFollowTest::theOwnerIsForgottenLongAfter() {
+    const double from = kStrangerAlone.to;
+    const double without = share(from, kLoopSeconds, [](const Moment& moment) {
+        return moment.labels.filter(identity::owner).isEmpty();
+    });
+    QVERIFY2(without == 1.0, told(from, kLoopSeconds));
+}
+
+QTEST_GUILESS_MAIN(RoomFollowTest)
+#include "room_follow_test.moc"
