@@ -20,13 +20,11 @@ class FrameConverter;
 ///   the start, twice, or after the end; a worker that was stopped before its start opens the
 ///   sensor and leaves it at once.
 /// - A stop is noticed within one wait for a frame, at most 1000 ms. The sensor is stopped and
-/// closed
-///   before "Kinect: stopped" is sent.
+///   closed before "Kinect: stopped" is sent.
 /// - Deleting a worker stops it and takes 3000 ms at most. One that has not finished by then,
-/// because
-///   the sensor's library hangs, is let go: it has no parent and no receivers any more and deletes
-///   itself if its run ever ends. An object that was not made with new has no such way out, and its
-///   destructor waits for the end.
+///   because the sensor's library hangs, is let go: it has no parent and no receivers any more and
+///   deletes itself if its run ever ends. An object that was not made with new has no such way out,
+///   and its destructor waits for the end.
 /// - The object lives on the thread of its receivers. While that thread turns no events, at most
 ///   `mostUndelivered` frame sets wait for it; newer ones are dropped, counted and logged.
 class KinectStreamWorker : public QThread {

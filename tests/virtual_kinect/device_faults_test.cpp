@@ -131,13 +131,14 @@ void DeviceFaultsTest::framesAreBrokenInTheirRangeOnly() {
     QFETCH(bool, noData);
     QFETCH(int, bytesPerPixel);
     QFETCH(bool, noSize);
-    FaultyDevice faulty(fault + "@5-20");
+    // A second long: on a busy machine late frames are skipped, some of these too.
+    FaultyDevice faulty(fault + "@5-35");
     QVERIFY(faulty.device != nullptr && faulty.device->start());
-    QVERIFY(faulty.notes.waitFor(Frame::Depth, 25));
+    QVERIFY(faulty.notes.waitFor(Frame::Depth, 40));
     QVERIFY(faulty.device->stop());
     int broken = 0;
     for (const SeenFrame& note : faulty.notes.seen()) {
-        if (note.type != stream || note.number < 5 || note.number > 20) {
+        if (note.type != stream || note.number < 5 || note.number > 35) {
             QVERIFY(isWhole(note));
             continue;
         }
