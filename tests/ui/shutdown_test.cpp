@@ -8,10 +8,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QImage>
-#include <QMutex>
-#include <QMutexLocker>
 #include <QRandomGenerator>
-#include <QSignalSpy>
 #include <QTest>
 #include <memory>
 
@@ -63,7 +60,6 @@ private Q_SLOTS:
     void cleanup();
     void closingAtAnyMoment_data();
     void closingAtAnyMoment();
-    void theFaceWorkerStopsBeforeTheSensor();
     void closingTwiceIsClosingOnce();
     void closingWhileTwoThousandSamplesAreRead_data();
     void closingWhileTwoThousandSamplesAreRead();
@@ -133,27 +129,6 @@ void ShutdownTest::closingAtAnyMoment() {
                  qPrintable(u"round %1 took %2 ms"_s.arg(round).arg(timer.elapsed())));
     }
     QVERIFY2(log.warnings().isEmpty(), qPrintable(log.warnings().join(u'\n')));
-}
-
-void ShutdownTest::theFaceWorkerStopsBeforeTheSensor() {
-    writeSamples(2);
-    auto window = newWindow();
-    QStringList stopped;
-    QMutex mutex;
-    const auto note = [&](const QString& name) {
-        return [&, name] {
-            const QMutexLocker lock(&mutex);
-            stopped.append(name);
-        };
-    };
-    connect(window->findChild<FaceRecognitionWorker*>(), &QThread::finished, this, note(u"faces"_s),
-            Qt::DirectConnection);
-    connect(window->findChild<KinectStreamWorker*>(), &QThread::finished, this, note(u"sensor"_s),
-            Qt::DirectConnection);
-    QSignalSpy frames(window->findChild<KinectStreamWorker*>(), &KinectStreamWorker::framesReady);
-    QVERIFY(frames.wait(10000));
-    window.reset();
-    QCOMPARE(stopped, (QStringList{u"faces"_s, u"sensor"_s}));
 }
 
 void ShutdownTest::closingTwiceIsClosingOnce() {
