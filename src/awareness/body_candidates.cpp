@@ -41,13 +41,14 @@ QRect colorBox(const GridComponent& component, int width, int height, const QSiz
 
 /// The element at `index` of the first `count` depth steps in ascending order; the list is used up.
 /// Digit by digit from the highest: its cost is the same for every order and spread of the samples,
-/// which that of comparing them is not.
+/// which that of comparing them is not. Digits of six bits keep it low for a few samples too.
 std::uint32_t stepAt(std::size_t index, std::vector<std::uint32_t>& steps, std::size_t count) {
+    constexpr std::uint32_t lastDigit = 63;
     std::uint32_t found = 0;
-    for (const int shift : {16, 8, 0}) {
-        std::array<std::size_t, 256> frequency{};
+    for (const int shift : {18, 12, 6, 0}) {
+        std::array<std::uint32_t, lastDigit + 1> frequency{};
         for (std::size_t i = 0; i < count; ++i)
-            ++frequency[steps[i] >> shift & 255U];
+            ++frequency[steps[i] >> shift & lastDigit];
         std::uint32_t digit = 0;
         for (; index >= frequency[digit]; ++digit)
             index -= frequency[digit];
@@ -55,7 +56,7 @@ std::uint32_t stepAt(std::size_t index, std::vector<std::uint32_t>& steps, std::
         for (std::size_t i = 0; i < count; ++i) {
             const std::uint32_t step = steps[i];
             steps[kept] = step;
-            kept += (step >> shift & 255U) == digit ? 1 : 0;
+            kept += (step >> shift & lastDigit) == digit ? 1 : 0;
         }
         count = kept;
         found |= digit << shift;
