@@ -43,4 +43,9 @@ function(lumeno_test name)
   set_tests_properties(${name} PROPERTIES
     LABELS "${arg_LABELS}" TIMEOUT ${arg_TIMEOUT}
     ENVIRONMENT "${environment}")
+  # Whatever runs workers or watches the clock runs alone: workers yield the processor to others, so
+  # beside a busy test they would come to nothing.
+  if(NOT arg_LABELS STREQUAL "unit")
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
+  endif()
 endfunction()
