@@ -96,7 +96,7 @@ void resetView(FollowView& view) {
 
 void startFromWholeImage(FollowView& view, const QSize& imageSize) {
     view.followCrop = QRect(QPoint(0, 0), imageSize);
-    view.smoothedCropCenter = QPointF(imageSize.width() / 2, imageSize.height() / 2);
+    view.smoothedCropCenter = QPoint(imageSize.width() / 2, imageSize.height() / 2);
     view.followZoom = 1.0;
     view.zoomSnapPrevented = true;
 }
