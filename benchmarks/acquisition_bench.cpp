@@ -14,8 +14,9 @@
 
 namespace {
 
-/// What the acquisition thread does with a frame set, and a receiver that gets it from a queue as
-/// the window does. All in one thread, so that the receiver's share is counted too.
+/// What the acquisition thread does with a frame set, and a receiver that gets it from a queue and,
+/// like the window, keeps the list and lets go of the images. All in one thread, so that the
+/// receiver's share is counted too.
 class Acquisition {
 public:
     Acquisition() {
@@ -23,7 +24,7 @@ public:
         QObject::connect(
             &worker, &KinectStreamWorker::framesReady, &receiver,
             [this](const QImage& rgb, const QImage& ir, const QImage& depth) {
-                held = {rgb, ir, depth};
+                imageBytes = rgb.sizeInBytes() + ir.sizeInBytes() + depth.sizeInBytes();
             },
             Qt::QueuedConnection);
         QObject::connect(
@@ -47,9 +48,8 @@ public:
         once();
         const std::size_t read =
             frames.color.size() + frames.infrared.size() + 2 * frames.depth.size();
-        std::size_t written = static_cast<std::size_t>(heldDepth.size()) * sizeof(float);
-        for (const QImage& image : held)
-            written += static_cast<std::size_t>(image.sizeInBytes());
+        const std::size_t written = static_cast<std::size_t>(imageBytes) +
+                                    static_cast<std::size_t>(heldDepth.size()) * sizeof(float);
         return (read + written) / 2;
     }
 
@@ -58,7 +58,7 @@ private:
     FrameConverter converter;
     KinectStreamWorker worker;
     QObject receiver;
-    QList<QImage> held;
+    qsizetype imageBytes = 0;
     QList<float> heldDepth;
 };
 
