@@ -2,6 +2,8 @@
 
 #include "ui/smooth_shrinking.h"
 
+#include <utility>
+
 namespace {
 
 /// As QImage::scaled() has it.
@@ -14,10 +16,8 @@ QSize fittedSize(const QSize& size, const QSize& area) {
 const QImage& FittedPicture::fit(const StreamFrame& frame, const QSize& area) {
     if (frame.identity() == fittedFrame && area == fittedArea)
         return picture;
-    // The old picture goes first, so that the new one gets its warm memory.
-    picture = QImage();
     const QImage source = frame.image();
-    picture = smoothlyShrunk(source, fittedSize(source.size(), area));
+    picture = smoothlyShrunk(source, fittedSize(source.size(), area), std::move(picture));
     if (picture.isNull()) {
         const bool threeBytes = source.format() == QImage::Format_RGB888;
         picture = (threeBytes ? source.convertToFormat(QImage::Format_RGB32) : source)

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #if defined(__x86_64__)
@@ -193,8 +194,9 @@ void weigh(const std::vector<const std::uint32_t*>& rows, const Span& span, int 
     }
 }
 
-QImage shrunk(const QImage& source, const QSize& size) {
-    QImage target(size, QImage::Format_RGB32);
+QImage shrunk(const QImage& source, const QSize& size, QImage target) {
+    if (target.size() != size || target.format() != QImage::Format_RGB32 || !target.isDetached())
+        target = QImage(size, QImage::Format_RGB32);
     if (target.isNull())
         return target;
     RowShrinker shrinker(source, size.width());
@@ -226,19 +228,19 @@ QImage shrunk(const QImage& source, const QSize& size) {
 
 } // namespace
 
-QImage smoothlyShrunk(const QImage& source, const QSize& size) {
+QImage smoothlyShrunk(const QImage& source, const QSize& size, QImage used) {
     const bool known =
         source.format() == QImage::Format_RGB888 || source.format() == QImage::Format_RGB32;
     const bool smaller = size.width() < source.width() && size.height() < source.height();
     static const bool supported = __builtin_cpu_supports("avx2");
     if (!known || !smaller || size.isEmpty() || !supported)
         return {};
-    return shrunk(source, size);
+    return shrunk(source, size, std::move(used));
 }
 
 #else
 
-QImage smoothlyShrunk(const QImage&, const QSize&) {
+QImage smoothlyShrunk(const QImage&, const QSize&, QImage) {
     return {};
 }
 

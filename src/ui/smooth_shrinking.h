@@ -12,4 +12,6 @@
 /// QImage's own fixed point: weights of 14 bits along a row, of which 4 bits are dropped before the
 /// rows are weighted. Rows are shrunk once each and straight from three bytes per pixel, where
 /// QImage converts the image first and shrinks a row again for every target row that it touches.
-QImage smoothlyShrunk(const QImage& source, const QSize& size);
+///
+/// `used` is an image that is no longer needed; the result takes over its memory where that fits.
+QImage smoothlyShrunk(const QImage& source, const QSize& size, QImage used = {});
