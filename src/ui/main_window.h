@@ -105,6 +105,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void takeImage(StreamFrame NewestFrames::*stream, const QImage& image);
     void submitToFaceWorker(const QImage& rgb);
     AwarenessInput awarenessInput() const;
     void logAwareness(const AwarenessResult& result);
