@@ -8,8 +8,14 @@
 #include <QDebug>
 #include <QFile>
 #include <QMutexLocker>
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <opencv2/core/utility.hpp>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -20,10 +26,11 @@ constexpr int stopWaitMs = 3000;
 constexpr unsigned long frameWaitMs = 250;
 constexpr qint64 logEveryMs = 1000;
 
-/// Gives this thread, and every thread that it starts from now on, the lowest share of the
-/// processor. QThread's priorities do nothing under Linux's usual scheduling; niceness belongs to
-/// the thread there, and OpenCV's pool threads inherit it, because this thread is the first to use
-/// the pool.
+constexpr const char* threadName = "face-search"; // at most 15 characters
+constexpr std::chrono::milliseconds poolWait{20};
+
+/// Gives the calling thread the lowest share of the processor. QThread's priorities do nothing
+/// under Linux's usual scheduling; niceness belongs to the thread there.
 ///
 /// OpenCV's thread count stays as it is. Measured on two cores beside a thread that paints for
 /// 14 ms and one that converts for 8 ms of every 33 ms: searching with two threads as nice as this
@@ -35,11 +42,32 @@ void yieldProcessorToOthers() {
     setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 19);
 }
 
+/// Does the same for the threads of OpenCV's pool, whoever made it start them, and names them like
+/// this thread, whose searches are nearly all that they ever do. Those that it starts later inherit
+/// both.
+///
+/// Each piece of the parallel loop holds its thread until all have begun, so that each lands on a
+/// thread of its own. While another loop runs somewhere in the program the library gives all pieces
+/// to the caller; that is why every pass does this anew. It takes about a tenth of a millisecond.
+void makePoolYield() {
+    const int threads = cv::getNumThreads();
+    const auto deadline = std::chrono::steady_clock::now() + poolWait;
+    std::atomic<int> begun = 0;
+    const auto piece = [&](const cv::Range& range) {
+        yieldProcessorToOthers();
+        pthread_setname_np(pthread_self(), threadName);
+        begun += range.size();
+        while (begun < threads && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::yield();
+    };
+    cv::parallel_for_(cv::Range(0, threads), piece, threads);
+}
+
 } // namespace
 
 FaceRecognitionWorker::FaceRecognitionWorker(int lostTimeout, QObject* parent, Options settings)
     : QThread(parent), lostTimeoutMs(lostTimeout), options(std::move(settings)) {
-    setObjectName(u"face-search"_s); // names the thread for whoever looks at the process
+    setObjectName(QLatin1StringView(threadName)); // for whoever looks at the process's threads
 }
 
 FaceRecognitionWorker::~FaceRecognitionWorker() {
@@ -50,11 +78,24 @@ FaceRecognitionWorker::~FaceRecognitionWorker() {
 void FaceRecognitionWorker::submitFrame(const QImage& image) {
     if (image.isNull())
         return;
-    QImage copy = image.copy();
+    QImage copy = copyOf(image);
+    if (copy.isNull())
+        return;
     const QMutexLocker lock(&mutex);
     pendingFrame.swap(copy);
     hasFrame = true;
     frameCondition.wakeOne();
+}
+
+/// A deep copy; where the format is the sensor's, in memory that is used again.
+QImage FaceRecognitionWorker::copyOf(const QImage& image) {
+    if (image.format() != QImage::Format_RGB888)
+        return image.copy();
+    QImage copy = frameCopies.take(image.width(), image.height());
+    const std::size_t rowBytes = static_cast<std::size_t>(image.width()) * 3;
+    for (int y = 0; y < copy.height(); ++y)
+        std::memcpy(copy.scanLine(y), image.constScanLine(y), rowBytes);
+    return copy;
 }
 
 void FaceRecognitionWorker::setBodyRegions(const QList<QRect>& regions) {
@@ -176,6 +217,7 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
     cv::Mat grey = greyFrame(input.frame);
     if (grey.empty())
         return;
+    makePoolYield();
     const qint64 nowMs = QDateTime::currentMSecsSinceEpoch();
     const FacePass pass =
         findFaces(grey, tools, options, input.bodyRegions, [this] { return stopWanted(); });

@@ -3,6 +3,7 @@
 #include "app/face_overlay.h"
 #include "face/face_options.h"
 #include "face/face_pass.h"
+#include "kinect/image_pool.h"
 
 #include <QImage>
 #include <QList>
@@ -57,6 +58,7 @@ private:
         QList<QRect> bodyRegions;
     };
 
+    QImage copyOf(const QImage& image);
     void work();
     std::optional<int> learnOwner(FaceTools& tools);
     bool loadCascades(FaceTools& tools);
@@ -68,6 +70,9 @@ private:
 
     // Constant.
     const int lostTimeoutMs;
+
+    // Guards itself.
+    ImagePool frameCopies{2}; // the pending one and the one that is worked on
 
     // Guarded by the mutex.
     QMutex mutex;

@@ -8,7 +8,7 @@
 /// 6 MB costs more in page faults than a frame's conversion does.
 ///
 /// A buffer returns when the last copy of its image is gone, on whichever thread that happens, also
-/// after the pool itself is gone. take() belongs to one thread. At most `idleLimit` buffers that
+/// after the pool itself is gone. Every member may be called on any thread. At most `idleLimit` buffers that
 /// nobody uses are kept; how many are in use is up to those who hold images.
 class ImagePool {
 public:
@@ -21,7 +21,7 @@ public:
     /// there is no memory for it.
     QImage take(int width, int height);
 
-    /// How many images that were taken still exist, copies not counted. Callable from any thread.
+    /// How many images that were taken still exist, copies not counted.
     int inUse() const;
 
 private:

@@ -9,8 +9,11 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMutexLocker>
 #include <QSemaphore>
+#include <QSet>
 #include <QTest>
+#include <opencv2/core/utility.hpp>
 #include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
@@ -63,6 +66,22 @@ QImage emptyFrame() {
     return colourFrame(cv::Mat(360, 480, CV_8U, cv::Scalar(70)));
 }
 
+/// Of OpenCV's pool threads, without the caller; starts those that do not run yet.
+QSet<int> nicenessOfPool() {
+    QMutex mutex;
+    QSet<int> niceness;
+    const Qt::HANDLE caller = QThread::currentThreadId();
+    const auto look = [&](const cv::Range&) {
+        QThread::msleep(20); // long enough for every thread to take a piece
+        const QMutexLocker lock(&mutex);
+        if (QThread::currentThreadId() != caller)
+            niceness.insert(getpriority(PRIO_PROCESS, 0));
+    };
+    const int pieces = 4 * cv::getNumThreads();
+    cv::parallel_for_(cv::Range(0, pieces), look, pieces);
+    return niceness;
+}
+
 void writeBytes(const QString& path, const QByteArray& content) {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
@@ -75,7 +94,7 @@ class FaceRecognitionWorkerTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { registerRecordTypes(); }
+    void initTestCase();
     void init() { place.emplace(); }
     void cleanup() { place.reset(); }
     void withoutSamplesItSaysSoAndEnds_data();
@@ -104,10 +123,17 @@ private Q_SLOTS:
     void destroyedWhileBusy();
     void aPassThatFailsSkipsItsFrame();
     void itGivesWayToOtherThreads();
+    void thePoolGivesWayWhoeverUsedItFirst();
 
 private:
     std::optional<OwnerPlace> place;
 };
+
+void FaceRecognitionWorkerTest::initTestCase() {
+    registerRecordTypes();
+    // The pool is somebody else's first, as in a program that also draws with the library.
+    QVERIFY(!nicenessOfPool().contains(19));
+}
 
 void FaceRecognitionWorkerTest::withoutSamplesItSaysSoAndEnds_data() {
     QTest::addColumn<QString>("state");
@@ -488,6 +514,19 @@ void FaceRecognitionWorkerTest::itGivesWayToOtherThreads() {
     QTRY_VERIFY_WITH_TIMEOUT(ofWorker != -1, longMs);
     QCOMPARE(ofWorker.load(), 19);
     QCOMPARE(getpriority(PRIO_PROCESS, 0), before);
+}
+
+void FaceRecognitionWorkerTest::thePoolGivesWayWhoeverUsedItFirst() {
+    if (cv::getNumThreads() < 2)
+        QSKIP("one processor, and so no pool");
+    FaceRecognitionWorker worker(5000);
+    const Watcher watcher(worker);
+    worker.start();
+    worker.submitFrame(emptyFrame());
+    QTRY_COMPARE_WITH_TIMEOUT(watcher.results.size(), 1, longMs);
+    worker.stop();
+    QVERIFY(worker.wait(3000));
+    QCOMPARE(nicenessOfPool(), QSet<int>{19});
 }
 
 QTEST_GUILESS_MAIN(FaceRecognitionWorkerTest)
