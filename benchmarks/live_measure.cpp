@@ -7,6 +7,7 @@
 // Nothing in the program knows of it: arrival is heard on the worker's own signal, and painting is
 // timed around the paint event of the tile that is on screen.
 
+#include "app/memory_policy.h"
 #include "app/record_types.h"
 #include "kinect/kinect_stream_worker.h"
 #include "ui/main_window.h"
@@ -169,6 +170,7 @@ double peakMib() {
 } // namespace
 
 int main(int argc, char** argv) {
+    giveLargeBlocksBack();
     QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     const int seconds = arguments.value(2).toInt();

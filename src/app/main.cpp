@@ -1,4 +1,5 @@
 #include "app/command_line.h"
+#include "app/memory_policy.h"
 #include "app/record_types.h"
 #include "ui/main_window.h"
 #include "ui/worker_release.h"
@@ -29,6 +30,7 @@ int run(int& argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    giveLargeBlocksBack();
     const int status = run(argc, argv);
     if (workersLetGoStillRun()) {
         // A worker hangs in its driver. Ending without the static destructors keeps it from
