@@ -5,6 +5,10 @@
 #include "kinect/frame_kernels.h"
 #include "kinect/sensor_facts.h"
 
+#if defined(__AVX512VBMI__)
+#include <immintrin.h> // its functions have no copy of their own to keep
+#endif
+
 namespace LUMENO_KERNELS {
 namespace {
 
@@ -160,8 +164,6 @@ inline int findNearness(const unsigned char* floats, int* nearness) {
 
 #if defined(__AVX512VBMI__)
 
-using Bytes64 = unsigned char __attribute__((vector_size(64)));
-
 /// Which bytes of the first two channels, then of those and the third, make each of the three
 /// registers of a block of pixels.
 struct Interleaving {
@@ -189,50 +191,43 @@ public:
             unsigned char entries[256];
             for (int i = 0; i < 256; ++i)
                 entries[i] = palette.colors[i][channel];
-            __builtin_memcpy(table[channel], entries, sizeof entries);
-            const unsigned char none = palette.colors[DepthPalette::noReading][channel];
-            noReading[channel] = Bytes64{} + none;
+            for (int i = 0; i < 4; ++i)
+                table[channel][i] = _mm512_loadu_si512(entries + i * 64);
+            noReading[channel] = _mm512_set1_epi8(
+                static_cast<char>(palette.colors[DepthPalette::noReading][channel]));
         }
     }
 
     void write(const int* nearness, unsigned char* rgb) const {
-        unsigned char low[blockPixels];
-        unsigned char unread[blockPixels];
+        unsigned char lowBytes[blockPixels];
+        unsigned char missing[blockPixels];
         for (std::size_t i = 0; i < blockPixels; ++i) {
-            low[i] = static_cast<unsigned char>(nearness[i]);
-            unread[i] = nearness[i] == DepthPalette::noReading ? 0xff : 0;
+            lowBytes[i] = static_cast<unsigned char>(nearness[i]);
+            missing[i] = nearness[i] == DepthPalette::noReading ? 0xff : 0;
         }
-        Bytes64 entry, missing;
-        __builtin_memcpy(&entry, low, sizeof entry);
-        __builtin_memcpy(&missing, unread, sizeof missing);
-        Bytes64 plane[3];
+        const __m512i entry = _mm512_loadu_si512(lowBytes);
+        const __mmask64 inUpperHalf = _mm512_movepi8_mask(entry);
+        const __mmask64 isMissing = _mm512_movepi8_mask(_mm512_loadu_si512(missing));
+        __m512i plane[3];
         for (int channel = 0; channel < 3; ++channel) {
-            const Bytes64* t = table[channel];
-            const Bytes64 far = __builtin_shuffle(t[0], t[1], entry);
-            const Bytes64 near = __builtin_shuffle(t[2], t[3], entry);
-            const Bytes64 color = entry < 128 ? far : near;
-            plane[channel] = missing != 0 ? noReading[channel] : color;
+            const __m512i* t = table[channel];
+            const __m512i lower = _mm512_permutex2var_epi8(t[0], entry, t[1]);
+            const __m512i upper = _mm512_permutex2var_epi8(t[2], entry, t[3]);
+            plane[channel] = _mm512_mask_blend_epi8(
+                isMissing, _mm512_mask_blend_epi8(inUpperHalf, lower, upper), noReading[channel]);
         }
-        interleave(plane, rgb);
+        for (int part = 0; part < 3; ++part) {
+            const __m512i two =
+                _mm512_permutex2var_epi8(plane[0], _mm512_loadu_si512(picks.ofTwo[part]), plane[1]);
+            const __m512i all =
+                _mm512_permutex2var_epi8(two, _mm512_loadu_si512(picks.ofAll[part]), plane[2]);
+            _mm512_storeu_si512(rgb + part * 64, all);
+        }
     }
 
 private:
-    static Bytes64 load(const unsigned char* bytes) {
-        Bytes64 loaded;
-        __builtin_memcpy(&loaded, bytes, sizeof loaded);
-        return loaded;
-    }
-
-    static void interleave(const Bytes64* plane, unsigned char* rgb) {
-        for (std::size_t part = 0; part < 3; ++part) {
-            const Bytes64 two = __builtin_shuffle(plane[0], plane[1], load(picks.ofTwo[part]));
-            const Bytes64 all = __builtin_shuffle(two, plane[2], load(picks.ofAll[part]));
-            __builtin_memcpy(rgb + part * sizeof all, &all, sizeof all);
-        }
-    }
-
-    Bytes64 table[3][4];
-    Bytes64 noReading[3];
+    __m512i table[3][4];
+    __m512i noReading[3];
 };
 
 #else
