@@ -1,12 +1,10 @@
 #include "app/identity.h"
 #include "awareness/awareness_pass.h"
 #include "face/face_pass.h"
-#include "face/owner_model.h"
-#include "face/owner_samples.h"
+#include "face/room_owner.h"
 #include "frame_source.h"
 #include "room_optics.h"
 #include "room_person.h"
-#include "room_samples.h"
 #include "room_story.h"
 #include "support/temporary_place.h"
 
@@ -61,14 +59,6 @@ struct Moment {
 class Story {
 public:
     Story() : source(virtual_kinect::makeRoomSource()) {
-        if (virtual_kinect::writeOwnerSamples("faces/tavin") < 1)
-            qFatal("no samples of the room's owner");
-        std::vector<TrainingSample> samples;
-        loadTavinSamples(options.samplesDir, samples);
-        tools.recognizer = trainOwnerModel(samples);
-        if (!loadCascade(tools.frontal, options.frontalCascadePath) ||
-            !loadCascade(tools.profile, options.profileCascadePath))
-            qFatal("no cascades");
         input.imageSize = QSize(kColourWidth, kColourHeight);
         input.depthWidth = kDepthWidth;
         input.depthHeight = kDepthHeight;
@@ -133,7 +123,7 @@ private:
     }
 
     Options options;
-    FaceTools tools;
+    FaceTools tools = toolsThatKnowTheRoomsOwner(options);
     FaceTracks tracks;
     QList<FaceOverlay> pendingFaces;
     std::unique_ptr<virtual_kinect::FrameSource> source;

@@ -2,11 +2,10 @@
 #include "awareness/body_candidates.h"
 #include "face/face_pass.h"
 #include "face/face_recognition_worker.h"
-#include "face/owner_model.h"
+#include "face/room_owner.h"
 #include "frame_source.h"
 #include "room_optics.h"
 #include "room_person.h"
-#include "room_samples.h"
 #include "room_story.h"
 #include "support/log_capture.h"
 #include "support/temporary_place.h"
@@ -66,17 +65,6 @@ struct Distances {
 /// The room's story, seen by the face pass and the tracks.
 class Watch {
 public:
-    Watch() : source(virtual_kinect::makeRoomSource()) {
-        if (virtual_kinect::writeOwnerSamples("faces/tavin") < 1)
-            qFatal("no samples of the room's owner");
-        std::vector<TrainingSample> samples;
-        loadTavinSamples(options.samplesDir, samples);
-        tools.recognizer = trainOwnerModel(samples);
-        if (!loadCascade(tools.frontal, options.frontalCascadePath) ||
-            !loadCascade(tools.profile, options.profileCascadePath))
-            qFatal("no cascades");
-    }
-
     QImage colourAt(double seconds) {
         source->render(static_cast<std::uint64_t>(std::lround(seconds * kFramesPerSecond)), frames);
         return QImage(frames.bgrx.data(), frames.colorWidth, frames.colorHeight,
@@ -118,8 +106,8 @@ private:
     }
 
     Options options;
-    FaceTools tools;
-    std::unique_ptr<virtual_kinect::FrameSource> source;
+    FaceTools tools = toolsThatKnowTheRoomsOwner(options);
+    std::unique_ptr<virtual_kinect::FrameSource> source = virtual_kinect::makeRoomSource();
     virtual_kinect::FrameSet frames;
     FaceTracks tracks;
 };
