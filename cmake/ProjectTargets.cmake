@@ -36,6 +36,11 @@ function(lumeno_test name)
     set(arg_TIMEOUT 120)
   endif()
   set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;QTEST_FUNCTION_TIMEOUT=${arg_TIMEOUT}000")
+  if(LUMENO_SANITIZE MATCHES "address")
+    # Freed memory is held back to find late uses of it; some tests watch the program's memory.
+    string(APPEND environment ";ASAN_OPTIONS=quarantine_size_mb=16"
+      ";LSAN_OPTIONS=print_suppressions=0:suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.supp")
+  endif()
   if(LUMENO_SANITIZE MATCHES "thread")
     string(APPEND environment
       ";TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")

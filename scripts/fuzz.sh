@@ -27,7 +27,7 @@ require_packages "${build_packages[@]}" "${fuzz_packages[@]}"
 build_preset fuzz build-fuzz --target "${@/#/fuzz_}"
 
 export QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8
-export LSAN_OPTIONS=suppressions=$PWD/fuzz/leaks.supp:print_suppressions=0
+export LSAN_OPTIONS=suppressions=$PWD/tests/leaks.supp:print_suppressions=0
 failed=()
 for target in "$@"; do
     corpus=build-fuzz/corpus/$target findings=build-fuzz/findings/$target
