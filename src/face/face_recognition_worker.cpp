@@ -2,6 +2,7 @@
 
 #include "face/owner_model.h"
 #include "face/owner_samples.h"
+#include "kinect/sensor_facts.h"
 
 #include <QDateTime>
 #include <QDeadlineTimer>
@@ -141,6 +142,7 @@ void FaceRecognitionWorker::work() {
         u"Face recognition live: samples=%1 model=%2 candidate_threshold=%3 detector=%4"_s.arg(
             QString::number(*sampleCount), QFile::decodeName(options.modelPath.c_str()),
             QString::number(options.candidateThreshold), QString::fromStdString(options.detector)));
+    searchLargestFrame(tools);
     watch(tools);
     Q_EMIT statusChanged(u"Face recognition stopped"_s);
 }
@@ -185,6 +187,21 @@ bool FaceRecognitionWorker::loadCascades(FaceTools& tools) {
             options.detector = "frontal";
     }
     return true;
+}
+
+/// The cascades keep working memory for the largest picture that they ever searched. An empty frame
+/// with a body that fills it gives them all they will ever need, so that the program does not grow
+/// when somebody first stands close, minutes or hours later. Nothing in it looks like a face, so it
+/// is quick.
+void FaceRecognitionWorker::searchLargestFrame(FaceTools& tools) {
+    makePoolYield();
+    cv::Mat empty(sensor::colorHeight, sensor::colorWidth, CV_8U, cv::Scalar(0));
+    try {
+        findFaces(empty, tools, options, {QRect(0, 0, empty.cols, empty.rows)},
+                  [this] { return stopWanted(); });
+    } catch (const std::exception&) {
+        // What fails here fails with every frame, and is said there.
+    }
 }
 
 void FaceRecognitionWorker::watch(FaceTools& tools) {

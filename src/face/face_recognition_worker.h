@@ -62,6 +62,7 @@ private:
     void work();
     std::optional<int> learnOwner(FaceTools& tools);
     bool loadCascades(FaceTools& tools);
+    void searchLargestFrame(FaceTools& tools);
     void watch(FaceTools& tools);
     std::optional<HandedOver> waitForFrame();
     void workOnFrame(const HandedOver& input, FaceTools& tools);

@@ -15,6 +15,7 @@
 #include <QTest>
 #include <opencv2/core/utility.hpp>
 #include <sys/resource.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -124,6 +125,7 @@ private Q_SLOTS:
     void aPassThatFailsSkipsItsFrame();
     void itGivesWayToOtherThreads();
     void thePoolGivesWayWhoeverUsedItFirst();
+    void theSearchHasItsMemoryFromTheStart();
 
 private:
     std::optional<OwnerPlace> place;
@@ -527,6 +529,29 @@ void FaceRecognitionWorkerTest::thePoolGivesWayWhoeverUsedItFirst() {
     worker.stop();
     QVERIFY(worker.wait(3000));
     QCOMPARE(nicenessOfPool(), QSet<int>{19});
+}
+
+void FaceRecognitionWorkerTest::theSearchHasItsMemoryFromTheStart() {
+    const auto residentMib = [] {
+        QFile file(u"/proc/self/statm"_s);
+        const double pages =
+            file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(1).toDouble() : 0.0;
+        return pages * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
+    };
+    FaceRecognitionWorker worker(5000);
+    const Watcher watcher(worker);
+    worker.start();
+    worker.submitFrame(emptyFrame());
+    QTRY_COMPARE_WITH_TIMEOUT(watcher.results.size(), 1, longMs);
+    const double before = residentMib();
+    const QSize size(1920, 1080);
+    worker.setBodyRegions({QRect(QPoint(0, 0), size)});
+    QImage frame(size, QImage::Format_RGB888);
+    frame.fill(QColor(70, 70, 70));
+    worker.submitFrame(frame);
+    QTRY_COMPARE_WITH_TIMEOUT(watcher.results.size(), 2, longMs);
+    const double grown = residentMib() - before;
+    QVERIFY2(grown < 40.0, qPrintable(u"grown by %1 MiB"_s.arg(grown)));
 }
 
 QTEST_GUILESS_MAIN(FaceRecognitionWorkerTest)
