@@ -25,7 +25,7 @@ LOOK_EVERY = 0.004  # seconds; a picture comes every 33 ms
 
 # Growth is the difference of the medians of the first and the last quarter after the warm-up.
 WARM_UP = 180  # seconds: every view was shown at least once, and every cache is filled
-# The face worker's pool threads, with a handle each, come and go.
+# Qt's threads for scaling pictures, with a handle each, end after half a minute without work.
 MOST_GROWTH = {"pss_mib": 12.0, "handles": 4.0, "threads": 4.0}
 MOST_STANDSTILL = 12  # seconds; longer than every fault of the sensor
 STILL_VIEWS = {"skeletal", "unknown"}
