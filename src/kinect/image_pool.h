@@ -8,8 +8,8 @@
 /// 6 MB costs more in page faults than a frame's conversion does.
 ///
 /// A buffer returns when the last copy of its image is gone, on whichever thread that happens, also
-/// after the pool itself is gone. Every member may be called on any thread. At most `idleLimit` buffers that
-/// nobody uses are kept; how many are in use is up to those who hold images.
+/// after the pool itself is gone. Every member may be called on any thread. At most `idleLimit`
+/// buffers that nobody uses are kept; how many are in use is up to those who hold images.
 class ImagePool {
 public:
     explicit ImagePool(int idleLimit = 4);
