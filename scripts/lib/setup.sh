@@ -6,7 +6,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 
 build_packages=(g++ cmake ninja-build pkg-config qt6-base-dev libopencv-dev opencv-data
     fonts-dejavu-core)
-test_packages=(xvfb xdotool)
+test_packages=(xvfb xdotool python3)
 lint_packages=(clang-format clang-tidy)
 bench_packages=(libbenchmark-dev)
 fuzz_packages=(clang libclang-rt-dev)
