@@ -20,6 +20,19 @@ function(lumeno_library name)
   target_link_libraries(${name} PUBLIC lumeno_options ${arg_LIBRARIES})
 endfunction()
 
+# lumeno_tool(<name> SOURCES <file>... [LIBRARIES <target>...])
+#
+# A program beside the Control Center that a person starts by its name: built into the build's top
+# folder like the Control Center, and installed into the folder of commands. Its logic lives in a
+# library that tests can call; SOURCES is as a rule one short main.cpp. Every tool has a manual page
+# written by hand, packaging/man/<name>.1.
+function(lumeno_tool name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE lumeno_options ${arg_LIBRARIES})
+  set_property(GLOBAL APPEND PROPERTY LUMENO_TOOLS ${name})
+endfunction()
+
 # lumeno_test(<name> LABELS <unit|gui|e2e|slow>... SOURCES <file>... [LIBRARIES <target>...])
 #
 # One executable and one ctest entry. Budgets by label: unit tests need no application object and no
