@@ -1,10 +1,11 @@
-# What every target of this tree shares: warnings as errors, sanitizers, and reproducible arithmetic.
+# What every target of this tree shares: warnings, sanitizers, and reproducible arithmetic.
 
 add_library(lumeno_options INTERFACE)
 target_include_directories(lumeno_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 # Fused multiply-add would make conversions and gates depend on the processor.
 target_compile_options(lumeno_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -ffp-contract=off)
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${LUMENO_WERROR}>:-Werror>
+  -ffp-contract=off)
 target_compile_definitions(lumeno_options INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS)
 if(LUMENO_SANITIZE)
