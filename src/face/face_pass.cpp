@@ -7,16 +7,12 @@
 
 namespace {
 
-/// Asks the recogniser about a face. The samples are not equalised, faces are; the candidate
-/// threshold was chosen with that difference in place.
+/// Asks the recogniser about a face. Samples are taken as they lie, faces are equalised; the
+/// candidate threshold was chosen with that difference in place.
 void recognise(FaceObservation& face, const cv::Mat& crop, cv::face::FaceRecognizer& recognizer,
                const Options& options) {
-    cv::Mat equalised;
-    cv::equalizeHist(crop, equalised);
-    cv::Mat query;
-    cv::resize(equalised, query, cv::Size(sampleSidePx, sampleSidePx), 0.0, 0.0, cv::INTER_AREA);
     int label = -1;
-    recognizer.predict(query, label, face.distance);
+    recognizer.predict(recognizerInput(crop), label, face.distance);
     face.owner = label == ownerClass && face.distance <= options.candidateThreshold;
 }
 

@@ -72,6 +72,14 @@ cv::Mat readSample(const fs::path& path) {
 
 } // namespace
 
+cv::Mat recognizerInput(const cv::Mat& crop) {
+    cv::Mat equalized;
+    cv::equalizeHist(crop, equalized);
+    cv::Mat input;
+    cv::resize(equalized, input, cv::Size(sampleSidePx, sampleSidePx), 0.0, 0.0, cv::INTER_AREA);
+    return input;
+}
+
 bool loadTavinSamples(const std::string& directory, std::vector<TrainingSample>& samples,
                       const StopCheck& stop) {
     std::error_code error;

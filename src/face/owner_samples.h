@@ -15,6 +15,12 @@ struct TrainingSample {
 inline constexpr int ownerClass = 1;     ///< The only label that is ever trained.
 inline constexpr int sampleSidePx = 160; ///< Side of every sample and of every face predicted.
 
+/// A face as the recogniser is asked about it: equalised, then scaled to 160 x 160. `crop` is an
+/// 8-bit grey view of the detector's own box. What is saved as a sample after this step, and
+/// scanned again, is at distance 0 of the same face. Throws cv::Exception for an empty crop or
+/// another type.
+cv::Mat recognizerInput(const cv::Mat& crop);
+
 /// Appends the owner's images found in `directory` and below to `samples`, in ascending order of
 /// path components: regular files named .png, .jpg, .jpeg or .pgm in lower case, read as grey and
 /// squeezed to 160 x 160. Returns whether `samples` is non-empty; false for a missing directory.

@@ -53,6 +53,7 @@ private Q_SLOTS:
     void nestedFilesComeInTheOrderOfPathComponents();
     void everySampleIsSqueezedTo160Grey();
     void samplesAreNotEqualised();
+    void theRecognizersInputIsEqualizedBeforeItIsScaled();
     void linksToFilesAreFollowed();
     void damagedFilesAreSkipped_data();
     void damagedFilesAreSkipped();
@@ -140,6 +141,27 @@ void OwnerSamplesTest::samplesAreNotEqualised() {
     std::vector<TrainingSample> samples;
     QVERIFY(loadTavinSamples("s", samples));
     QCOMPARE(cv::norm(samples[0].image, face, cv::NORM_INF), 0.0);
+}
+
+void OwnerSamplesTest::theRecognizersInputIsEqualizedBeforeItIsScaled() {
+    const cv::Mat frame = frameWithFace();
+    const cv::Mat before = frame.clone();
+    const cv::Mat crop = frame(cv::Rect(150, 60, 180, 180));
+    const cv::Size side(sampleSidePx, sampleSidePx);
+    const auto resized = [&side](const cv::Mat& image) {
+        cv::Mat result;
+        cv::resize(image, result, side, 0.0, 0.0, cv::INTER_AREA);
+        return result;
+    };
+    const auto equalized = [](const cv::Mat& image) {
+        cv::Mat result;
+        cv::equalizeHist(image, result);
+        return result;
+    };
+    const cv::Mat input = recognizerInput(crop);
+    QCOMPARE(cv::norm(input, resized(equalized(crop)), cv::NORM_INF), 0.0);
+    QVERIFY(cv::norm(input, equalized(resized(crop)), cv::NORM_INF) > 0.0);
+    QCOMPARE(cv::norm(frame, before, cv::NORM_INF), 0.0);
 }
 
 void OwnerSamplesTest::linksToFilesAreFollowed() {

@@ -72,12 +72,8 @@ cv::Mat sampleAt(double seconds, FrameSource& source, FrameSet& frames,
         faces, [&](const cv::Rect& candidate) { return candidate.contains(middle); });
     if (box == faces.end())
         return {};
-    cv::Mat face = grey(*box & cv::Rect({}, grey.size())).clone();
-    if (faceQuality(face, options) != "accepted")
-        return {};
-    cv::equalizeHist(face, face);
-    cv::resize(face, face, {sampleSidePx, sampleSidePx}, 0, 0, cv::INTER_AREA);
-    return face;
+    const cv::Mat face = grey(*box & cv::Rect({}, grey.size())).clone();
+    return faceQuality(face, options) == "accepted" ? recognizerInput(face) : cv::Mat();
 }
 
 } // namespace
