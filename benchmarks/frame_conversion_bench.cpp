@@ -1,6 +1,6 @@
 #include "kinect/frame_conversion.h"
 
-#include "kinect/sensor_facts.h"
+#include "frames/sensor_facts.h"
 #include "ratio_table.h"
 #include "sensor_frames.h"
 #include "support/plain_conversion.h"

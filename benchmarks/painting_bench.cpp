@@ -2,7 +2,7 @@
 #include "ui/stream_frame.h"
 #include "ui/stream_image_widget.h"
 
-#include "kinect/sensor_facts.h"
+#include "frames/sensor_facts.h"
 #include "ratio_table.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #include "sensor_frames.h"
 
-#include "kinect/sensor_facts.h"
+#include "frames/sensor_facts.h"
 
 #include <cstring>
 #include <random>

@@ -2,7 +2,7 @@
 
 #include "face/owner_model.h"
 #include "face/owner_samples.h"
-#include "kinect/sensor_facts.h"
+#include "frames/sensor_facts.h"
 
 #include <QDateTime>
 #include <QDeadlineTimer>

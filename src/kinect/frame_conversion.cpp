@@ -1,8 +1,8 @@
 #include "kinect/frame_conversion.h"
 
+#include "frames/sensor_facts.h"
 #include "kinect/frame_kernels.h"
 #include "kinect/image_pool.h"
-#include "kinect/sensor_facts.h"
 
 #include <algorithm>
 #include <cmath>

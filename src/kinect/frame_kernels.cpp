@@ -3,7 +3,7 @@
 // whole program, and perhaps the one that an older processor cannot run.
 
 #include "kinect/frame_kernels.h"
-#include "kinect/sensor_facts.h"
+#include "frames/sensor_facts.h"
 
 #if defined(__AVX512VBMI__)
 #include <immintrin.h> // its functions have no copy of their own to keep
