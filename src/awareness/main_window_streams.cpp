@@ -4,10 +4,10 @@
 #include "face/face_recognition_worker.h"
 #include "ui/main_window.h"
 #include "ui/stream_image_widget.h"
+#include "ui/stream_tiles.h"
 
 #include <QDateTime>
 #include <QDebug>
-#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -16,21 +16,17 @@ namespace {
 /// No face search is faster; handing over more frames would only cost their copies.
 constexpr qint64 faceFrameIntervalMs = 180;
 
-/// Which stream each tile shows.
-struct TileStream {
-    QLatin1StringView tile;
-    StreamFrame NewestFrames::*stream;
-};
-constexpr std::array<TileStream, 8> tileStreams = {{
-    {"rgb"_L1, &NewestFrames::lastRgbImage},
-    {"ir"_L1, &NewestFrames::lastIrImage},
-    {"depth"_L1, &NewestFrames::lastDepthImage},
-    {"combo_rgb"_L1, &NewestFrames::lastRgbImage},
-    {"combo_ir"_L1, &NewestFrames::lastIrImage},
-    {"combo_depth"_L1, &NewestFrames::lastDepthImage},
-    {"room_rgb"_L1, &NewestFrames::lastRgbImage},
-    {"follow_rgb"_L1, &NewestFrames::lastRgbImage},
-}};
+/// Where the newest image of a stream is kept.
+StreamFrame NewestFrames::*newestImage(Stream stream) {
+    switch (stream) {
+    case Stream::Infrared:
+        return &NewestFrames::lastIrImage;
+    case Stream::Depth:
+        return &NewestFrames::lastDepthImage;
+    default:
+        return &NewestFrames::lastRgbImage;
+    }
+}
 
 } // namespace
 
@@ -51,9 +47,9 @@ void MainWindow::onFramesReady(const QImage& rgb, const QImage& ir, const QImage
 void MainWindow::takeImage(StreamFrame NewestFrames::*stream, const QImage& image) {
     if (image.isNull())
         return;
-    for (const TileStream& shown : tileStreams) {
-        StreamImageWidget* tile = streamLabels.value(shown.tile);
-        if (tile && shown.stream == stream)
+    for (const TileSpec& spec : streamTiles()) {
+        StreamImageWidget* tile = streamLabels.value(spec.key);
+        if (tile && newestImage(spec.stream) == stream)
             tile->setFrame(StreamFrame());
     }
     frames.*stream = StreamFrame();
@@ -80,20 +76,21 @@ void MainWindow::onFaceOverlaysReady(const QList<FaceOverlay>& overlays) {
 }
 
 void MainWindow::updateStreamPixmaps() {
-    for (const TileStream& shown : tileStreams)
-        updateStreamLabel(shown.tile, frames.*shown.stream);
+    for (const TileSpec& tile : streamTiles())
+        updateStreamLabel(tile.key, frames.*newestImage(tile.stream));
 }
 
 void MainWindow::updateStreamLabel(const QString& name, const StreamFrame& image) {
     StreamImageWidget* widget = streamLabels.value(name);
-    if (!widget || image.isNull())
+    const TileSpec* tile = tileNamed(name);
+    if (!widget || !tile || image.isNull())
         return;
-    if (name == u"follow_rgb"_s) {
+    if (tile->view == View::Follow) {
         updateFollowLabel(widget, image);
     } else {
         widget->setFrame(image);
         widget->setSourceCrop(QRect(), QString());
-        widget->setOverlays(tileShowsOverlays(name) ? faceOverlays : QList<FaceOverlay>());
+        widget->setOverlays(tile->overlays ? faceOverlays : QList<FaceOverlay>());
     }
     widget->setVoiceStatus(voiceStatus);
 }

@@ -20,10 +20,6 @@ QString statusText(const FollowDisplay& display, const QString& currentView,
 
 } // namespace
 
-bool tileShowsOverlays(const QString& tileName) {
-    return tileName == u"rgb"_s || tileName.endsWith(u"_rgb"_s);
-}
-
 QRect appliedFollowCrop(const QRect& followCrop, const QSize& imageSize) {
     const QRect visible = followCrop & QRect(QPoint(), imageSize);
     const bool smaller =

@@ -15,9 +15,6 @@ struct FollowDisplay {
     QString statusText;          ///< The banner.
 };
 
-/// Whether a tile shows boxes: the colour tiles do, infrared and depth never.
-bool tileShowsOverlays(const QString& tileName);
-
 /// The part of the image that the Follow tile shows: `followCrop` inside the image when that is
 /// valid and smaller than the image in a direction, otherwise a null rectangle for all of it.
 QRect appliedFollowCrop(const QRect& followCrop, const QSize& imageSize);

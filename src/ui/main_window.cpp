@@ -6,6 +6,7 @@
 #include "ui/responsive_layout.h"
 #include "ui/status_texts.h"
 #include "ui/stream_image_widget.h"
+#include "ui/stream_tiles.h"
 #include "ui/style_sheet.h"
 #include "ui/worker_release.h"
 #include "voice/speaker_hud.h"
@@ -29,6 +30,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int viewButtonColumns = 4;
+constexpr int comboColumns = 3;
 constexpr int statusLineMaximumHeight = 84; // pixels: six rows of text, then it is cut
 
 /// The part of the primary screen that windows may cover; nothing where there is no screen.
@@ -171,27 +173,23 @@ QWidget* MainWindow::buildSpeakerHud() const {
 }
 
 QFrame* MainWindow::buildMockScene(const ViewSpec& view) {
-    QFrame* frame = contentFrame(view.key, switches.layoutDebug);
+    QFrame* frame = contentFrame(view.view, switches.layoutDebug);
     auto* layout = new QVBoxLayout(frame);
-    const auto addStream = [&](const QString& key) {
-        layout->addWidget(buildStreamLabel(key, streamPlaceholder(key), true), 1);
-    };
-    if (isStreamPage(view.key)) {
+    if (isStreamPage(view.view)) {
         layout->setContentsMargins(4, 4, 4, 4);
         layout->setSpacing(4);
-        if (view.key == u"combo"_s)
-            layout->addWidget(buildComboStreamView(), 1);
-        else
-            addStream(view.key);
-        return frame;
+    } else {
+        layout->setContentsMargins(12, 10, 12, 10);
+        layout->setSpacing(6);
+        layout->addLayout(pillRow(view.view, switches.demoUi));
     }
-    layout->setContentsMargins(12, 10, 12, 10);
-    layout->setSpacing(6);
-    layout->addLayout(pillRow(view.key, switches.demoUi));
-    if (view.key == u"room"_s || view.key == u"follow"_s)
-        addStream(view.key + u"_rgb"_s);
+    const QList<TileSpec> tiles = tilesOf(view.view);
+    if (tiles.isEmpty())
+        addPeopleScene(layout, view.view, switches);
+    else if (tiles.size() == 1)
+        layout->addWidget(buildTile(tiles.first()), 1);
     else
-        addPeopleScene(layout, view.key, switches);
+        layout->addWidget(buildComboStreamView(), 1);
     return frame;
 }
 
@@ -201,20 +199,22 @@ QWidget* MainWindow::buildComboStreamView() {
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setHorizontalSpacing(8);
     grid->setVerticalSpacing(8);
-    const auto tile = [this](const QString& key, bool showVoiceOverlay, const QSize& minimum) {
-        StreamImageWidget* widget = buildStreamLabel(key, streamPlaceholder(key), showVoiceOverlay);
-        widget->setMinimumSize(minimum);
-        return widget;
-    };
-    grid->addWidget(tile(u"combo_rgb"_s, true, {360, 240}), 0, 0, 1, 3);
-    grid->addWidget(tile(u"combo_ir"_s, false, {140, 95}), 1, 0);
-    grid->addWidget(tile(u"combo_depth"_s, false, {140, 95}), 1, 1);
+    const QList<TileSpec> tiles = tilesOf(View::Combo);
+    grid->addWidget(buildTile(tiles.at(0)), 0, 0, 1, comboColumns);
+    grid->addWidget(buildTile(tiles.at(1)), 1, 0);
+    grid->addWidget(buildTile(tiles.at(2)), 1, 1);
     grid->addWidget(buildSkeletalTile(switches.layoutDebug), 1, 2);
-    for (int column = 0; column < 3; ++column)
+    for (int column = 0; column < comboColumns; ++column)
         grid->setColumnStretch(column, 1);
     grid->setRowStretch(0, 5);
     grid->setRowStretch(1, 2);
     return combo;
+}
+
+StreamImageWidget* MainWindow::buildTile(const TileSpec& tile) {
+    StreamImageWidget* widget = buildStreamLabel(tile.key, tile.placeholder, tile.voice);
+    widget->setMinimumSize(tile.minimumSize);
+    return widget;
 }
 
 StreamImageWidget* MainWindow::buildStreamLabel(const QString& key, const QString& placeholder,
@@ -225,11 +225,14 @@ StreamImageWidget* MainWindow::buildStreamLabel(const QString& key, const QStrin
 }
 
 void MainWindow::setView(const QString& key) {
-    const int index = viewIndex(views, key);
-    if (index < 0)
-        return;
+    if (const std::optional<View> view = viewNamed(key))
+        showView(*view);
+}
+
+void MainWindow::showView(View view) {
+    const int index = static_cast<int>(view);
     viewStack->setCurrentIndex(index);
-    currentView = key;
+    currentView = views.at(index).key;
     viewButtons.at(index)->setChecked(true);
     statusLabel->setText(statusText::forView(views.at(index).buttonText));
     updateResponsiveLayout();
@@ -238,8 +241,8 @@ void MainWindow::setView(const QString& key) {
 void MainWindow::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Q || event->key() == Qt::Key_Escape)
         close();
-    else if (const QString view = viewKeyFor(views, event->key()); !view.isEmpty())
-        setView(view);
+    else if (const std::optional<View> view = viewForKeyboardKey(event->key()))
+        showView(*view);
     else
         QMainWindow::keyPressEvent(event);
 }

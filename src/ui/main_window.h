@@ -21,6 +21,7 @@ class QStackedWidget;
 class QTimer;
 class StreamImageWidget;
 struct FollowDisplay;
+struct TileSpec;
 
 /// The newest data of the acquisition worker. An image that is missing from a frame set leaves the
 /// previous one in place.
@@ -105,6 +106,8 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void showView(View view);
+    StreamImageWidget* buildTile(const TileSpec& tile);
     void takeImage(StreamFrame NewestFrames::*stream, const QImage& image);
     void submitToFaceWorker(const QImage& rgb);
     AwarenessInput awarenessInput() const;

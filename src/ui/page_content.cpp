@@ -1,7 +1,6 @@
 #include "ui/page_content.h"
 
 #include "ui/side_panels.h"
-#include "ui/view_specs.h"
 #include "voice/speaker_hud.h"
 
 #include <QFrame>
@@ -56,9 +55,9 @@ QWidget* person(const QString& name, bool unknown) {
     return widget;
 }
 
-QLabel* skeletonHint(const QString& viewKey, bool layoutDebug) {
+QLabel* skeletonHint(View view, bool layoutDebug) {
     QLabel* hint = makeWrappedLabel(
-        viewKey == u"skeletal"_s
+        view == View::Skeletal
             ? u"Skeleton/person tracking unavailable. Face/depth awareness is active in Gate 4."_s
             : u"Skeleton tracking is unavailable. Face/depth awareness is active in live mode."_s,
         u"sceneHint"_s, layoutDebug);
@@ -68,23 +67,22 @@ QLabel* skeletonHint(const QString& viewKey, bool layoutDebug) {
 
 } // namespace
 
-bool isStreamPage(const QString& viewKey) {
-    return viewKey == u"rgb"_s || viewKey == u"ir"_s || viewKey == u"depth"_s ||
-           viewKey == u"combo"_s;
+bool isStreamPage(View view) {
+    return view == View::Rgb || view == View::Ir || view == View::Depth || view == View::Combo;
 }
 
-QFrame* contentFrame(const QString& viewKey, bool layoutDebug) {
+QFrame* contentFrame(View view, bool layoutDebug) {
     auto* frame = new QFrame;
     frame->setObjectName(u"mockViewport"_s);
     markForLayoutDebug(frame, layoutDebug);
-    frame->setMinimumHeight(isStreamPage(viewKey) ? 320 : 130);
+    frame->setMinimumHeight(isStreamPage(view) ? 320 : 130);
     frame->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     return frame;
 }
 
-QHBoxLayout* pillRow(const QString& viewKey, bool demoUi) {
+QHBoxLayout* pillRow(View view, bool demoUi) {
     auto* row = new QHBoxLayout;
-    if (viewKey == u"skeletal"_s)
+    if (view == View::Skeletal)
         row->addWidget(statusPill(u"Skeleton unavailable"_s, u"warn"_s));
     else if (demoUi)
         row->addWidget(statusPill(u"DEMO UI"_s, u"warn"_s));
@@ -95,25 +93,25 @@ QHBoxLayout* pillRow(const QString& viewKey, bool demoUi) {
     return row;
 }
 
-QStringList demoPeople(const QString& viewKey, bool demoUi) {
+QStringList demoPeople(View view, bool demoUi) {
     if (!demoUi)
         return {};
-    if (viewKey == u"follow"_s)
+    if (view == View::Follow)
         return {u"Tavin DEMO"_s};
-    if (viewKey == u"room"_s || viewKey == u"skeletal"_s)
+    if (view == View::Room || view == View::Skeletal)
         return {u"Tavin DEMO"_s, u"Person 2 DEMO"_s};
     return {};
 }
 
-void addPeopleScene(QVBoxLayout* layout, const QString& viewKey, const CommandLine& switches) {
+void addPeopleScene(QVBoxLayout* layout, View view, const CommandLine& switches) {
     auto* people = new QHBoxLayout;
     people->setSpacing(14);
     people->addStretch();
-    const QStringList names = demoPeople(viewKey, switches.demoUi);
+    const QStringList names = demoPeople(view, switches.demoUi);
     for (const QString& name : names)
         people->addWidget(person(name, name != names.first()));
     if (names.isEmpty())
-        people->addWidget(skeletonHint(viewKey, switches.layoutDebug), 1);
+        people->addWidget(skeletonHint(view, switches.layoutDebug), 1);
     people->addStretch();
     layout->addLayout(people, 1);
     layout->addWidget(buildSpeakerHud(switches.demoSpeakerLights, switches.layoutDebug));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/command_line.h"
+#include "ui/view_specs.h"
 
 #include <QStringList>
 
@@ -8,23 +9,22 @@ class QFrame;
 class QHBoxLayout;
 class QVBoxLayout;
 class QWidget;
-struct ViewSpec;
 
 /// Whether the page of this view is filled by live streams alone, without pills above them.
-bool isStreamPage(const QString& viewKey);
+bool isStreamPage(View view);
 
 /// The empty frame that holds a page's content, higher for pages of live streams alone.
-QFrame* contentFrame(const QString& viewKey, bool layoutDebug);
+QFrame* contentFrame(View view, bool layoutDebug);
 
 /// The two status pills above the content of a page that is not of live streams alone.
-QHBoxLayout* pillRow(const QString& viewKey, bool demoUi);
+QHBoxLayout* pillRow(View view, bool demoUi);
 
-/// The demo people of a view's scene: the owner and a second person for the keys "room" and
-/// "skeletal", the owner for "follow", none for others or without the demo interface.
-QStringList demoPeople(const QString& viewKey, bool demoUi);
+/// The demo people of a view's scene: the owner and a second person for Room and Skeletal, the
+/// owner for Follow, none for others or without the demo interface.
+QStringList demoPeople(View view, bool demoUi);
 
 /// Adds the scene of a page without live streams: demo people or a hint, and the speaker lights.
-void addPeopleScene(QVBoxLayout* layout, const QString& viewKey, const CommandLine& switches);
+void addPeopleScene(QVBoxLayout* layout, View view, const CommandLine& switches);
 
 /// The tile of the Combo view that says why there is no skeleton.
 QFrame* buildSkeletalTile(bool layoutDebug);

@@ -2,6 +2,10 @@
 
 #include <QList>
 #include <QString>
+#include <optional>
+
+/// The views, in the order of the buttons, of the pages and of the keys 1 to 7.
+enum class View { Rgb, Ir, Depth, Skeletal, Combo, Room, Follow };
 
 /// One selectable view of the window.
 struct ViewSpec {
@@ -9,17 +13,14 @@ struct ViewSpec {
     QString buttonText;  ///< Text of the view button.
     QString title;       ///< Heading of the page.
     QString description; ///< Line under the heading.
+    View view = View::Rgb;
 };
 
-/// The seven views, in the order of the buttons, of the pages and of the keys 1 to 7.
+/// The seven views, in the order of View.
 QList<ViewSpec> viewSpecs();
 
-/// Index of the first view whose key is exactly `key`; -1 where there is none.
-int viewIndex(const QList<ViewSpec>& views, const QString& key);
+/// The view whose key is exactly `key`, if there is one.
+std::optional<View> viewNamed(const QString& key);
 
-/// Key of the view that a keyboard key (a Qt::Key code, whatever the modifiers) selects; empty for
-/// keys that select none.
-QString viewKeyFor(const QList<ViewSpec>& views, int keyboardKey);
-
-/// Placeholder of the tiles that show the stream `tileKey`, for example of "rgb" or "combo_ir".
-QString streamPlaceholder(const QString& tileKey);
+/// The view that a keyboard key (a Qt::Key code, whatever the modifiers) selects, if any.
+std::optional<View> viewForKeyboardKey(int keyboardKey);

@@ -4,6 +4,7 @@
 #include "support/temporary_place.h"
 #include "ui/main_window.h"
 #include "ui/stream_image_widget.h"
+#include "ui/stream_tiles.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -56,7 +57,7 @@ Painted paint(const MainWindow& window, const QString& tileKey, const QImage& im
     StreamImageWidget* tile = window.streamLabel(tileKey);
     Painted painted;
     painted.actual = picture(tile); // Lays the tile out.
-    StreamImageWidget expected(streamPlaceholder(tileKey), showsVoice(tileKey),
+    StreamImageWidget expected(tileNamed(tileKey)->placeholder, showsVoice(tileKey),
                                tile->parentWidget());
     expected.resize(tile->size());
     expected.setImage(image);

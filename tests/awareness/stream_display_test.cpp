@@ -19,8 +19,6 @@ class StreamDisplayTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyColourTilesShowOverlays_data();
-    void onlyColourTilesShowOverlays();
     void followCrop_data();
     void followCrop();
     void cropKeepsTheOverlaysThatMeetItAndMovesThem();
@@ -30,18 +28,6 @@ private Q_SLOTS:
     void targetTextIsNoTemplate();
     void logLineIsDueAfterASecond();
 };
-
-void StreamDisplayTest::onlyColourTilesShowOverlays_data() {
-    QTest::addColumn<bool>("shown");
-    for (const char* colour : {"rgb", "combo_rgb", "room_rgb", "follow_rgb"})
-        QTest::newRow(colour) << true;
-    for (const char* other : {"ir", "depth", "combo_ir", "combo_depth"})
-        QTest::newRow(other) << false;
-}
-
-void StreamDisplayTest::onlyColourTilesShowOverlays() {
-    QTEST(tileShowsOverlays(QString::fromLatin1(QTest::currentDataTag())), "shown");
-}
 
 void StreamDisplayTest::followCrop_data() {
     QTest::addColumn<QRect>("followCrop");

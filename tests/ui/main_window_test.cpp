@@ -5,6 +5,7 @@
 #include "support/picture_compare.h"
 #include "support/temporary_place.h"
 #include "ui/stream_image_widget.h"
+#include "ui/stream_tiles.h"
 
 #include <QAbstractButton>
 #include <QGuiApplication>
@@ -390,9 +391,9 @@ void MainWindowTest::mockModeHasNoWorkerAndKeepsPlaceholders() {
     QVERIFY(window->findChildren<QThread*>().isEmpty());
     QCOMPARE(statusLine(*window), mockStatus);
     for (const QString& key : tileKeys)
-        QCOMPARE(
-            paintedOtherwise(window->streamLabel(key), streamPlaceholder(key), showsVoice(key)),
-            QString());
+        QCOMPARE(paintedOtherwise(window->streamLabel(key), tileNamed(key)->placeholder,
+                                  showsVoice(key)),
+                 QString());
 }
 
 void MainWindowTest::statusSlotsWriteOneLine() {

@@ -5,6 +5,7 @@
 #include "support/temporary_place.h"
 #include "ui/main_window.h"
 #include "ui/stream_image_widget.h"
+#include "ui/stream_tiles.h"
 #include "ui/worker_release.h"
 #include "virtual_kinect/recording_folder.h"
 
@@ -169,7 +170,7 @@ void MainWindowWorkerTest::liveFramesReplaceThePlaceholders() {
     QTRY_VERIFY(history.hasStatus(live));
     QVERIFY(history.hasStatus(recording->streaming()));
     for (const QString& key : tileKeys)
-        QTRY_VERIFY2(!showsPlaceholder(*window, key, streamPlaceholder(key)), qPrintable(key));
+        QTRY_VERIFY2(!showsPlaceholder(*window, key, tileNamed(key)->placeholder), qPrintable(key));
 }
 
 void MainWindowWorkerTest::aSilentSensorIsToldOf_data() {
@@ -202,9 +203,9 @@ void MainWindowWorkerTest::oneUselessStreamLeavesTheOthersLive() {
     const auto window = liveWindow();
     StatusHistory history(*window);
     for (const QString& key : {u"rgb"_s, u"depth"_s, u"follow_rgb"_s})
-        QTRY_VERIFY2(!showsPlaceholder(*window, key, streamPlaceholder(key)), qPrintable(key));
+        QTRY_VERIFY2(!showsPlaceholder(*window, key, tileNamed(key)->placeholder), qPrintable(key));
     for (const QString& key : {u"ir"_s, u"combo_ir"_s})
-        QVERIFY2(showsPlaceholder(*window, key, streamPlaceholder(key)), qPrintable(key));
+        QVERIFY2(showsPlaceholder(*window, key, tileNamed(key)->placeholder), qPrintable(key));
     QVERIFY(!history.hasStatus(live));
 }
 
@@ -222,7 +223,7 @@ void MainWindowWorkerTest::uselessFramesLeaveThePlaceholders() {
     QTRY_VERIFY(history.hasStatus(recording->streaming()));
     QTest::qWait(300); // Some frames long: nothing must come of them.
     for (const QString& key : tileKeys)
-        QVERIFY2(showsPlaceholder(*window, key, streamPlaceholder(key)), qPrintable(key));
+        QVERIFY2(showsPlaceholder(*window, key, tileNamed(key)->placeholder), qPrintable(key));
     QVERIFY(!history.hasStatus(live) && !history.hasError(timedOut));
 }
 

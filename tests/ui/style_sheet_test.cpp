@@ -114,7 +114,7 @@ void StyleSheetTest::silhouettesAreGreenOrBlue() {
     auto* layout = new QVBoxLayout(scene);
     CommandLine switches;
     switches.demoUi = true;
-    addPeopleScene(layout, u"skeletal"_s, switches);
+    addPeopleScene(layout, View::Skeletal, switches);
     const auto holder = styled(scene);
     const auto silhouettes = holder->findChildren<QFrame*>(u"personSilhouette"_s);
     QCOMPARE(silhouettes.size(), 2);
@@ -131,7 +131,7 @@ void StyleSheetTest::panelsAndFramesHaveTheirColours() {
     QCOMPARE(pixelOf(panel, borderOf(panel)), QColor(u"#2a3443"_s));
     QCOMPARE(pixelOf(holder.get(), {690, 390}), QColor(u"#0d1118"_s));
 
-    QFrame* viewport = contentFrame(u"rgb"_s, false);
+    QFrame* viewport = contentFrame(View::Rgb, false);
     const auto other = styled(viewport);
     viewport->setFixedSize(300, 320);
     QCOMPARE(pixelOf(viewport, borderOf(viewport)), QColor(u"#344254"_s));
@@ -169,7 +169,7 @@ void StyleSheetTest::layoutDebugOutlineIsDashedAmber_data() {
     add("label", [](bool on) { return makeLabel(u"a label long enough"_s, u"muted"_s, on); });
     add("title", [](bool on) { return makeLabel(u"a title long enough"_s, u"appTitle"_s, on); });
     add("panel", [](bool on) { return buildPanel(u"A PANEL"_s, {{u"k"_s, u"v"_s}}, on); });
-    add("viewport", [](bool on) { return contentFrame(u"rgb"_s, on); });
+    add("viewport", [](bool on) { return contentFrame(View::Rgb, on); });
     add("skeletal tile", [](bool on) { return buildSkeletalTile(on); });
 }
 

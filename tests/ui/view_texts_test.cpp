@@ -1,5 +1,6 @@
 #include "ui/page_content.h"
 #include "ui/status_texts.h"
+#include "ui/stream_tiles.h"
 #include "ui/view_specs.h"
 
 #include <QTest>
@@ -14,6 +15,9 @@ private Q_SLOTS:
     void sevenViewsInOrder();
     void viewsAreFoundByTheirExactKey();
     void keysOneToSevenSelectViews();
+    void tilesInOrder_data();
+    void tilesInOrder();
+    void tilesAreFoundByTheirExactKey();
     void placeholdersNameTheirStream_data();
     void placeholdersNameTheirStream();
     void statusTexts_data();
@@ -51,19 +55,62 @@ void ViewTextsTest::sevenViewsInOrder() {
 }
 
 void ViewTextsTest::viewsAreFoundByTheirExactKey() {
-    QCOMPARE(viewIndex(viewSpecs(), u"rgb"_s), 0);
-    QCOMPARE(viewIndex(viewSpecs(), u"follow"_s), 6);
+    for (int i = 0; i < int(viewSpecs().size()); ++i) {
+        QCOMPARE(viewNamed(viewSpecs().at(i).key), View(i));
+        QCOMPARE(viewSpecs().at(i).view, View(i));
+    }
     for (const QString& key : {u"RGB"_s, u"rgb "_s, QString(), u"combo_rgb"_s})
-        QCOMPARE(viewIndex(viewSpecs(), key), -1);
+        QVERIFY(!viewNamed(key));
 }
 
 void ViewTextsTest::keysOneToSevenSelectViews() {
     const QStringList keys{u"rgb"_s,   u"ir"_s,   u"depth"_s, u"skeletal"_s,
                            u"combo"_s, u"room"_s, u"follow"_s};
     for (int i = 0; i < int(keys.size()); ++i)
-        QCOMPARE(viewKeyFor(viewSpecs(), Qt::Key_1 + i), keys.at(i));
+        QCOMPARE(viewForKeyboardKey(Qt::Key_1 + i), viewNamed(keys.at(i)));
     for (int other : {int(Qt::Key_0), int(Qt::Key_8), int(Qt::Key_Q), int(Qt::Key_Escape), 0, -1})
-        QVERIFY(viewKeyFor(viewSpecs(), other).isEmpty());
+        QVERIFY(!viewForKeyboardKey(other));
+}
+
+void ViewTextsTest::tilesInOrder_data() {
+    QTest::addColumn<int>("index");
+    QTest::addColumn<View>("view");
+    QTest::addColumn<Stream>("stream");
+    QTest::addColumn<bool>("overlays");
+    QTest::addColumn<bool>("voice");
+    QTest::addColumn<QSize>("minimum");
+    int index = 0;
+    const auto row = [&index](const char* key, View view, Stream stream, bool overlays, bool voice,
+                              const QSize& minimum = {120, 90}) {
+        QTest::newRow(key) << index++ << view << stream << overlays << voice << minimum;
+    };
+    row("rgb", View::Rgb, Stream::Color, true, true);
+    row("ir", View::Ir, Stream::Infrared, false, true);
+    row("depth", View::Depth, Stream::Depth, false, true);
+    row("combo_rgb", View::Combo, Stream::Color, true, true, {360, 240});
+    row("combo_ir", View::Combo, Stream::Infrared, false, false, {140, 95});
+    row("combo_depth", View::Combo, Stream::Depth, false, false, {140, 95});
+    row("room_rgb", View::Room, Stream::Color, true, true);
+    row("follow_rgb", View::Follow, Stream::Color, true, true);
+    QCOMPARE(streamTiles().size(), index);
+}
+
+void ViewTextsTest::tilesInOrder() {
+    QFETCH(int, index);
+    const TileSpec& tile = streamTiles().at(index);
+    QCOMPARE(tile.key, QString::fromLatin1(QTest::currentDataTag()));
+    QTEST(tile.view, "view");
+    QTEST(tile.stream, "stream");
+    QTEST(tile.overlays, "overlays");
+    QTEST(tile.voice, "voice");
+    QTEST(tile.minimumSize, "minimum");
+}
+
+void ViewTextsTest::tilesAreFoundByTheirExactKey() {
+    for (const TileSpec& tile : streamTiles())
+        QCOMPARE(tileNamed(tile.key), &tile);
+    for (const QString& key : {u"RGB"_s, u"rgb "_s, QString(), u"combo"_s, u"skeletal"_s})
+        QVERIFY(!tileNamed(key));
 }
 
 void ViewTextsTest::placeholdersNameTheirStream_data() {
@@ -79,7 +126,7 @@ void ViewTextsTest::placeholdersNameTheirStream_data() {
 
 void ViewTextsTest::placeholdersNameTheirStream() {
     QFETCH(QString, tile);
-    QTEST(streamPlaceholder(tile), "placeholder");
+    QTEST(tileNamed(tile)->placeholder, "placeholder");
 }
 
 void ViewTextsTest::statusTexts_data() {
@@ -114,13 +161,13 @@ void ViewTextsTest::statusTexts() {
 
 void ViewTextsTest::demoPeopleAreForScenesWithoutLiveStreams() {
     const QStringList both{u"Tavin DEMO"_s, u"Person 2 DEMO"_s};
-    QCOMPARE(demoPeople(u"skeletal"_s, true), both);
-    QCOMPARE(demoPeople(u"room"_s, true), both);
-    QCOMPARE(demoPeople(u"follow"_s, true), both.first(1));
-    for (const QString& key : {u"rgb"_s, u"ir"_s, u"depth"_s, u"combo"_s, u"attic"_s})
-        QVERIFY(demoPeople(key, true).isEmpty());
-    for (const ViewSpec& view : viewSpecs())
-        QVERIFY(demoPeople(view.key, false).isEmpty());
+    QCOMPARE(demoPeople(View::Skeletal, true), both);
+    QCOMPARE(demoPeople(View::Room, true), both);
+    QCOMPARE(demoPeople(View::Follow, true), both.first(1));
+    for (const View view : {View::Rgb, View::Ir, View::Depth, View::Combo})
+        QVERIFY(demoPeople(view, true).isEmpty());
+    for (const ViewSpec& spec : viewSpecs())
+        QVERIFY(demoPeople(spec.view, false).isEmpty());
 }
 
 QTEST_APPLESS_MAIN(ViewTextsTest)
