@@ -16,9 +16,16 @@ class DeviceFaultsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void aDeviceThatMayNotBeOpenedIsNotCounted();
     void aBusyDeviceDoesNotOpen();
+    void openingThrows();
+    void startingThrows();
     void aStartThatFailsLeavesNothingRunning();
-    void aSlowStopTakesItsTime();
+    void aSlowStepTakesItsTime_data();
+    void aSlowStepTakesItsTime();
+    void aSlowStartMayFailToo();
+    void lateDepthComesThatManyFramesAfterColor();
+    void aSetPairsLateDepthWithTheNewestColor();
     void anUnpluggedDeviceIsGoneUntilItIsLookedForAnew();
     void framesAreBrokenInTheirRangeOnly_data();
     void framesAreBrokenInTheirRangeOnly();
@@ -36,8 +43,12 @@ constexpr int stepMs = 2;
 class FaultyDevice {
 public:
     explicit FaultyDevice(const QByteArray& faults) : attached(recording.path(), faults) {
-        context.enumerateDevices();
-        device = context.openDefaultDevice();
+        found = context.enumerateDevices();
+        try {
+            device = context.openDefaultDevice();
+        } catch (const std::exception& error) {
+            thrown = error.what();
+        }
         if (device != nullptr) {
             device->setColorFrameListener(&notes);
             device->setIrAndDepthFrameListener(&notes);
@@ -49,7 +60,9 @@ public:
     AttachedDevice attached;
     FrameNotes notes;
     Freenect2 context;
+    int found = 0;
     Freenect2Device* device = nullptr;
+    std::string thrown; ///< at opening
 };
 
 /// Whether a frame has what its stream promises.
@@ -62,6 +75,15 @@ bool isWhole(const SeenFrame& note) {
 }
 
 } // namespace
+
+void DeviceFaultsTest::aDeviceThatMayNotBeOpenedIsNotCounted() {
+    FaultyDevice faulty("no-permission");
+    QCOMPARE(faulty.found, 0);
+    QCOMPARE(faulty.context.getDefaultDeviceSerialNumber(), std::string());
+    QCOMPARE(faulty.device, nullptr);
+    QCOMPARE(faulty.log.errors().first(),
+             u"[virtual kinect] cannot look at the device: no-permission is among the faults"_s);
+}
 
 void DeviceFaultsTest::aBusyDeviceDoesNotOpen() {
     FaultyDevice faulty("busy");
@@ -80,13 +102,90 @@ void DeviceFaultsTest::aStartThatFailsLeavesNothingRunning() {
     QVERIFY(faulty.notes.seen().empty());
 }
 
-void DeviceFaultsTest::aSlowStopTakesItsTime() {
-    FaultyDevice faulty("slow-stop=150");
-    QVERIFY(faulty.device != nullptr && faulty.device->start());
+void DeviceFaultsTest::openingThrows() {
+    FaultyDevice faulty("throws");
+    QCOMPARE(faulty.found, 1);
+    QCOMPARE(faulty.device, nullptr);
+    QCOMPARE(faulty.thrown, std::string("throws is among the faults"));
+}
+
+void DeviceFaultsTest::startingThrows() {
+    FaultyDevice faulty("throws=start");
+    QVERIFY(faulty.device != nullptr);
+    bool thrown = false;
+    try {
+        faulty.device->start();
+    } catch (const std::exception&) {
+        QFAIL("it is to be none of the standard library's");
+    } catch (...) {
+        thrown = true;
+    }
+    QVERIFY(thrown);
+    QVERIFY(!faulty.device->stop());
+    QVERIFY(faulty.device->close());
+}
+
+void DeviceFaultsTest::aSlowStepTakesItsTime_data() {
+    QTest::addColumn<QByteArray>("step");
+    QTest::newRow("start") << QByteArray("start");
+    QTest::newRow("stop") << QByteArray("stop");
+    QTest::newRow("close") << QByteArray("close");
+}
+
+void DeviceFaultsTest::aSlowStepTakesItsTime() {
+    QFETCH(QByteArray, step);
+    constexpr qint64 slowMs = 60;
+    FaultyDevice faulty("slow-" + step + "=" + QByteArray::number(slowMs));
+    QVERIFY(faulty.device != nullptr);
+    const auto timed = [&](const char* name, bool (Freenect2Device::*call)()) {
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY((faulty.device->*call)());
+        QVERIFY(step != name || timer.elapsed() >= slowMs);
+    };
+    timed("start", &Freenect2Device::start);
+    timed("stop", &Freenect2Device::stop);
+    timed("close", &Freenect2Device::close);
+}
+
+void DeviceFaultsTest::aSlowStartMayFailToo() {
+    FaultyDevice faulty("slow-start=60,start-fails");
     QElapsedTimer timer;
     timer.start();
+    QVERIFY(!faulty.device->start());
+    QVERIFY(timer.elapsed() >= 60);
+}
+
+void DeviceFaultsTest::lateDepthComesThatManyFramesAfterColor() {
+    FaultyDevice faulty("depth-late=3");
+    QVERIFY(faulty.device != nullptr && faulty.device->start());
+    QVERIFY(faulty.notes.waitFor(Frame::Depth, 9));
     QVERIFY(faulty.device->stop());
-    QVERIFY(timer.elapsed() >= 150);
+    const auto colors = faulty.notes.seen(Frame::Color);
+    for (const SeenFrame& note : faulty.notes.seen(Frame::Depth)) {
+        // It waits until three newer ones were rendered, so it comes no earlier than the third.
+        QVERIFY(note.arrived - colors.front().arrived >=
+                std::chrono::milliseconds(stepMs) * (note.number + 2 - colors.front().number));
+        QVERIFY(isWhole(note));
+    }
+    QVERIFY(faulty.notes.seen(Frame::Depth).back().number + 3 <= colors.back().number + 1);
+}
+
+void DeviceFaultsTest::aSetPairsLateDepthWithTheNewestColor() {
+    FaultyDevice faulty("depth-late=5");
+    libfreenect2::SyncMultiFrameListener listener(Frame::Color | Frame::Ir | Frame::Depth);
+    QVERIFY(faulty.device != nullptr);
+    faulty.device->setColorFrameListener(&listener);
+    faulty.device->setIrAndDepthFrameListener(&listener);
+    QVERIFY(faulty.device->start());
+    libfreenect2::FrameMap frames;
+    for (int set = 0; set < 5; ++set) {
+        QVERIFY(listener.waitForNewFrame(frames, 10'000));
+        QVERIFY(frames[Frame::Color]->sequence > frames[Frame::Depth]->sequence);
+        QCOMPARE(frames[Frame::Ir]->sequence, frames[Frame::Depth]->sequence);
+        listener.release(frames);
+    }
+    QVERIFY(faulty.device->stop());
 }
 
 void DeviceFaultsTest::anUnpluggedDeviceIsGoneUntilItIsLookedForAnew() {

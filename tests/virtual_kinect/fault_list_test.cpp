@@ -43,8 +43,10 @@ Faults parse(const char* list) {
 }
 
 bool isHealthy(const Faults& faults) {
-    return !faults.busy && !faults.startFails && faults.slowStop.count() == 0 &&
-           !faults.unpluggedAt && faults.frames.empty();
+    return !faults.noPermission && !faults.busy && !faults.throwsAtOpen && !faults.throwsAtStart &&
+           !faults.startFails && faults.slowStart.count() == 0 && faults.slowStop.count() == 0 &&
+           faults.slowClose.count() == 0 && !faults.unpluggedAt && faults.depthLate == 0 &&
+           faults.frames.empty();
 }
 
 } // namespace
@@ -62,9 +64,15 @@ void FaultListTest::anEmptyListIsAHealthyDevice() {
 }
 
 void FaultListTest::deviceFaults() {
+    QVERIFY(parse("no-permission").noPermission);
     QVERIFY(parse("busy").busy);
+    QVERIFY(parse("throws").throwsAtOpen && !parse("throws").throwsAtStart);
+    QVERIFY(parse("throws=start").throwsAtStart && !parse("throws=start").throwsAtOpen);
     QVERIFY(parse("start-fails").startFails);
+    QCOMPARE(parse("slow-start=1500").slowStart.count(), 1500);
     QCOMPARE(parse("slow-stop=2500").slowStop.count(), 2500);
+    QCOMPARE(parse("slow-close=60000").slowClose.count(), 60000);
+    QCOMPARE(parse("depth-late=60").depthLate, std::uint64_t{60});
     QCOMPARE(parse("unplugged@90").unpluggedAt.value(), std::uint64_t{90});
     QCOMPARE(parse("unplugged@0").unpluggedAt.value(), std::uint64_t{0});
 }
@@ -127,6 +135,19 @@ void FaultListTest::whatIsNoFaultIsNamedAndLeftOut_data() {
                              "busy=1",
                              "busy@3",
                              "start-fails=yes",
+                             "no-permission=1",
+                             "no-permission@2",
+                             "throws=",
+                             "throws=open",
+                             "throws=start@3",
+                             "throws@3",
+                             "slow-start",
+                             "slow-close=60001",
+                             "depth-late",
+                             "depth-late=",
+                             "depth-late=61",
+                             "depth-late=-1",
+                             "depth-late=2@5",
                              "slow-stop",
                              "slow-stop=",
                              "slow-stop=-1",
@@ -166,8 +187,10 @@ void FaultListTest::whatIsNoFaultIsNamedAndLeftOut() {
     const Faults faults = parseFaults("start-fails," + text + ",busy", complaints);
     QCOMPARE(complaints.size(), std::size_t{1});
     QCOMPARE(complaints.front(), "\"" + text + "\" is not a fault and is left out");
-    QVERIFY(faults.busy && faults.startFails && faults.slowStop.count() == 0);
-    QVERIFY(!faults.unpluggedAt && faults.frames.empty());
+    Faults others = faults;
+    QVERIFY(others.busy && others.startFails);
+    others.busy = others.startFails = false;
+    QVERIFY(isHealthy(others));
 }
 
 QTEST_GUILESS_MAIN(FaultListTest)

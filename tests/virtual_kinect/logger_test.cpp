@@ -20,18 +20,20 @@ private Q_SLOTS:
 
 namespace {
 
-/// What is written to standard error while it lives.
-class ErrorText {
+/// What is written to a stream while it lives.
+class StreamText {
 public:
-    ErrorText() : before(std::cerr.rdbuf(text.rdbuf())) {}
-    ~ErrorText() { std::cerr.rdbuf(before); }
-    ErrorText(const ErrorText&) = delete;
-    ErrorText& operator=(const ErrorText&) = delete;
+    explicit StreamText(std::ostream& watched)
+        : stream(watched), before(stream.rdbuf(text.rdbuf())) {}
+    ~StreamText() { stream.rdbuf(before); }
+    StreamText(const StreamText&) = delete;
+    StreamText& operator=(const StreamText&) = delete;
 
-    std::string written() const { return text.str(); }
+    QByteArray written() const { return QByteArray::fromStdString(text.str()); }
 
 private:
     std::ostringstream text;
+    std::ostream& stream;
     std::streambuf* before;
 };
 
@@ -63,33 +65,42 @@ void LoggerTest::theLevelComesFromTheEnvironment() {
 
 void LoggerTest::theConsoleLoggerWritesWholeLinesUpToItsLevel_data() {
     QTest::addColumn<int>("level");
-    QTest::addColumn<QByteArray>("expected");
+    QTest::addColumn<QByteArray>("errors");
+    QTest::addColumn<QByteArray>("output");
     const QByteArray error = "[Error] [virtual kinect] broken\n";
+    const QByteArray warning = "[Warning] [virtual kinect] odd\n";
     const QByteArray info = "[Info] [virtual kinect] found\n";
-    QTest::newRow("none") << int{Logger::None} << QByteArray();
-    QTest::newRow("error") << int{Logger::Error} << error;
-    QTest::newRow("warning") << int{Logger::Warning} << error;
-    QTest::newRow("info") << int{Logger::Info} << error + info;
-    QTest::newRow("debug") << int{Logger::Debug} << error + info;
+    const QByteArray debug = "[Debug] [virtual kinect] detail\n";
+    QTest::newRow("none") << int{Logger::None} << QByteArray() << QByteArray();
+    QTest::newRow("error") << int{Logger::Error} << error << QByteArray();
+    QTest::newRow("warning") << int{Logger::Warning} << error + warning << QByteArray();
+    QTest::newRow("info") << int{Logger::Info} << error + warning << info;
+    QTest::newRow("debug") << int{Logger::Debug} << error + warning << info + debug;
 }
 
 void LoggerTest::theConsoleLoggerWritesWholeLinesUpToItsLevel() {
     QFETCH(int, level);
-    QFETCH(QByteArray, expected);
+    QFETCH(QByteArray, errors);
+    QFETCH(QByteArray, output);
     libfreenect2::setGlobalLogger(
         libfreenect2::createConsoleLogger(static_cast<Logger::Level>(level)));
-    const ErrorText errors;
+    const StreamText toError(std::cerr), toOutput(std::cout);
     virtual_kinect::log(Logger::Error, "broken");
+    virtual_kinect::log(Logger::Warning, "odd");
     virtual_kinect::log(Logger::Info, "found");
-    QCOMPARE(QByteArray::fromStdString(errors.written()), expected);
+    virtual_kinect::log(Logger::Debug, "detail");
+    QCOMPARE(toError.written(), errors);
+    QCOMPARE(toOutput.written(), output);
 }
 
 void LoggerTest::withoutALoggerNothingIsWritten() {
     libfreenect2::setGlobalLogger(nullptr);
     QCOMPARE(libfreenect2::getGlobalLogger(), nullptr);
-    const ErrorText errors;
+    const StreamText toError(std::cerr), toOutput(std::cout);
     virtual_kinect::log(Logger::Error, "broken");
-    QCOMPARE(errors.written(), std::string());
+    virtual_kinect::log(Logger::Info, "found");
+    QCOMPARE(toError.written(), QByteArray());
+    QCOMPARE(toOutput.written(), QByteArray());
 }
 
 QTEST_GUILESS_MAIN(LoggerTest)

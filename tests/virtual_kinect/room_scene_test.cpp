@@ -52,6 +52,7 @@ private Q_SLOTS:
     void someReadingsAreMissingAndAllArePlausible();
     void eachPersonIsOneBody_data();
     void eachPersonIsOneBody();
+    void theSensorsRangeChangesNoBody();
     void anEmptyRoomHasNoBodies();
     void aPersonTooNearIsNoBody();
     void aFaceInDepthIsAtThePersonsDistance();
@@ -199,6 +200,26 @@ void RoomSceneTest::eachPersonIsOneBody() {
             QVERIFY(body->distance_m < moment.z_m && body->distance_m > moment.z_m - 0.3);
         }
     }
+}
+
+/// A device ends the depth at 4.5 m, which is where the back wall stands.
+void RoomSceneTest::theSensorsRangeChangesNoBody() {
+    constexpr float maxDepth_mm = 4500;
+    std::ptrdiff_t lost = 0;
+    for (double seconds = 0; seconds < kLoopSeconds; seconds += 1.3) {
+        room->render(frameAt(seconds), set);
+        const QList<BodyCandidate> whole = bodiesIn(set);
+        lost += std::ranges::count_if(set.depth, [](float mm) { return mm > maxDepth_mm; });
+        std::ranges::replace_if(
+            set.depth, [](float mm) { return mm > maxDepth_mm; }, 0.0F);
+        const QList<BodyCandidate> cut = bodiesIn(set);
+        QCOMPARE(cut.size(), whole.size());
+        for (qsizetype i = 0; i < cut.size(); ++i) {
+            QCOMPARE(cut[i].rect, whole[i].rect);
+            QCOMPARE(cut[i].distance_m, whole[i].distance_m);
+        }
+    }
+    QVERIFY(lost > 0); // else the wall stands within the range and this shows nothing
 }
 
 void RoomSceneTest::anEmptyRoomHasNoBodies() {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
+using namespace Qt::StringLiterals;
 using libfreenect2::Frame;
 using libfreenect2::Logger;
 
@@ -29,8 +30,10 @@ public:
 
     void log(Level level, const std::string& message) override {
         const std::lock_guard lock(lines->mutex);
+        const QString text = QString::fromStdString(message);
+        lines->all.append(QString(text).remove(u"[virtual kinect] "_s));
         if (level == Error)
-            lines->errors.append(QString::fromStdString(message));
+            lines->errors.append(text);
     }
 
 private:
@@ -50,7 +53,13 @@ QStringList SensorLog::errors() const {
     return lines->errors;
 }
 
-FrameNotes::FrameNotes(std::function<void()> whileFrame) : during(std::move(whileFrame)) {}
+QStringList SensorLog::steps() const {
+    const std::lock_guard lock(lines->mutex);
+    return lines->all;
+}
+
+FrameNotes::FrameNotes(std::function<void(Frame::Type)> whileFrame)
+    : during(std::move(whileFrame)) {}
 
 bool FrameNotes::onNewFrame(Frame::Type type, Frame* frame) {
     SeenFrame note;
@@ -62,6 +71,7 @@ bool FrameNotes::onNewFrame(Frame::Type type, Frame* frame) {
     note.number = frame->sequence;
     note.due = std::chrono::microseconds(125) * frame->timestamp;
     note.arrived = std::chrono::steady_clock::now();
+    note.thread = std::this_thread::get_id();
     if (frame->data != nullptr)
         note.data = QByteArray(
             reinterpret_cast<const char*>(frame->data),
@@ -71,7 +81,7 @@ bool FrameNotes::onNewFrame(Frame::Type type, Frame* frame) {
         frames.push_back(std::move(note));
     }
     if (during)
-        during();
+        during(type);
     return false;
 }
 

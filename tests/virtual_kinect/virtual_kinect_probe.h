@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 /// Attaches a virtual device, with faults, while it lives.
@@ -32,11 +33,14 @@ public:
 
     /// The lines of the error level so far, oldest first.
     QStringList errors() const;
+    /// All lines so far, oldest first, without the mark of the stand-in.
+    QStringList steps() const;
 
 private:
     struct Lines {
         std::mutex mutex;
         QStringList errors;
+        QStringList all;
     };
     class Collector;
     std::shared_ptr<Lines> lines;
@@ -52,14 +56,15 @@ struct SeenFrame {
     std::uint32_t number = 0;
     std::chrono::microseconds due{0};                ///< by its time stamp
     std::chrono::steady_clock::time_point arrived{}; ///< by the clock
+    std::thread::id thread{};                        ///< that called the listener
     QByteArray data;                                 ///< null when the frame had none
 };
 
 /// A listener that notes every frame and keeps none.
 class FrameNotes : public libfreenect2::FrameListener {
 public:
-    /// `whileFrame` is called for each frame, on the device's thread.
-    explicit FrameNotes(std::function<void()> whileFrame = {});
+    /// `whileFrame` is called for each frame, on the thread that delivers it.
+    explicit FrameNotes(std::function<void(libfreenect2::Frame::Type)> whileFrame = {});
 
     bool onNewFrame(libfreenect2::Frame::Type type, libfreenect2::Frame* frame) override;
 
@@ -70,7 +75,7 @@ public:
     bool waitFor(libfreenect2::Frame::Type type, std::uint32_t number) const;
 
 private:
-    std::function<void()> during;
+    std::function<void(libfreenect2::Frame::Type)> during;
     mutable std::mutex mutex;
     std::vector<SeenFrame> frames;
 };

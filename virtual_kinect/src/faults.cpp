@@ -13,8 +13,10 @@ namespace {
 using libfreenect2::Frame;
 
 constexpr unsigned int allStreams = Frame::Color | Frame::Ir | Frame::Depth;
-/// A stop that takes longer is a typing error.
-constexpr std::uint64_t longestSlowStopMs = 60'000;
+/// A step that takes longer is a typing error.
+constexpr std::uint64_t maxStepMs = 60'000;
+/// Two seconds of frames; depth that is later than that is a typing error.
+constexpr std::uint64_t maxDepthLate = 60;
 
 /// One entry of the list, "name", "name=value", "name@first" or "name=value@first-last".
 struct Entry {
@@ -80,23 +82,63 @@ bool readStreams(std::string_view text, unsigned int& streams) {
     return true;
 }
 
+/// A fault that is there or not. Returns false when the entry is none of them.
+bool addPlainFault(const Entry& entry, Faults& faults) {
+    struct Word {
+        std::string_view name;
+        bool Faults::*fault;
+    };
+    static constexpr std::array words = {
+        Word{"no-permission", &Faults::noPermission}, Word{"busy", &Faults::busy},
+        Word{"throws", &Faults::throwsAtOpen}, Word{"start-fails", &Faults::startFails}};
+    const auto word = std::find_if(words.begin(), words.end(),
+                                   [&](const Word& known) { return known.name == entry.name; });
+    if (word == words.end() || entry.value || entry.frames)
+        return false;
+    faults.*word->fault = true;
+    return true;
+}
+
+/// A step of the device that takes longer. Returns false when the entry is none of them.
+bool addSlowStep(const Entry& entry, Faults& faults) {
+    struct Word {
+        std::string_view name;
+        std::chrono::milliseconds Faults::*time;
+    };
+    static constexpr std::array words = {Word{"slow-start", &Faults::slowStart},
+                                         Word{"slow-stop", &Faults::slowStop},
+                                         Word{"slow-close", &Faults::slowClose}};
+    const auto word = std::find_if(words.begin(), words.end(),
+                                   [&](const Word& known) { return known.name == entry.name; });
+    if (word == words.end() || !entry.value || entry.frames)
+        return false;
+    const auto time = readNumber(*entry.value);
+    if (!time || *time > maxStepMs)
+        return false;
+    faults.*word->time = std::chrono::milliseconds(*time);
+    return true;
+}
+
 /// The faults of the device itself. Returns false when the entry is none of them.
 bool addDeviceFault(const Entry& entry, Faults& faults) {
-    if (entry.name == "busy" && !entry.value && !entry.frames)
-        faults.busy = true;
-    else if (entry.name == "start-fails" && !entry.value && !entry.frames)
-        faults.startFails = true;
-    else if (entry.name == "slow-stop" && entry.value && !entry.frames) {
-        const auto time = readNumber(*entry.value);
-        if (!time || *time > longestSlowStopMs)
-            return false;
-        faults.slowStop = std::chrono::milliseconds(*time);
-    } else if (entry.name == "unplugged" && !entry.value && entry.frames) {
+    if (addPlainFault(entry, faults) || addSlowStep(entry, faults))
+        return true;
+    if (entry.name == "throws" && entry.value == "start" && !entry.frames) {
+        faults.throwsAtStart = true;
+        return true;
+    }
+    if (entry.name == "unplugged" && !entry.value && entry.frames) {
         faults.unpluggedAt = readNumber(*entry.frames);
         return faults.unpluggedAt.has_value();
-    } else
-        return false;
-    return true;
+    }
+    if (entry.name == "depth-late" && entry.value && !entry.frames) {
+        const auto frames = readNumber(*entry.value);
+        if (!frames || *frames > maxDepthLate)
+            return false;
+        faults.depthLate = *frames;
+        return true;
+    }
+    return false;
 }
 
 /// The faults of frames. Returns false when the entry is none of them.

@@ -20,12 +20,22 @@ struct FrameFault {
     std::uint64_t last = std::numeric_limits<std::uint64_t>::max(); ///< inclusive
 };
 
+/// What `throws=start` throws: like an exception of a graphics driver, none of the standard
+/// library's.
+struct ThrownAtStart {};
+
 /// What goes wrong with a device.
 struct Faults {
+    bool noPermission = false;
     bool busy = false;
+    bool throwsAtOpen = false;
+    bool throwsAtStart = false;
     bool startFails = false;
+    std::chrono::milliseconds slowStart{0};
     std::chrono::milliseconds slowStop{0};
+    std::chrono::milliseconds slowClose{0};
     std::optional<std::uint64_t> unpluggedAt;
+    std::uint64_t depthLate = 0; ///< How many frames infrared and depth come after colour.
     std::vector<FrameFault> frames;
 
     /// Whether a fault of this kind holds for a stream's frame `number`.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <stdexcept>
 
 namespace libfreenect2 {
 
@@ -45,6 +46,15 @@ public:
     }
 
     Freenect2Device* open() {
+        const auto opened = std::find_if(devices.begin(), devices.end(),
+                                         [](const auto* device) { return !device->isClosed(); });
+        if (opened != devices.end()) {
+            log(Logger::Warning, "the device is open already");
+            return *opened;
+        }
+        log(Logger::Info, "opening...");
+        if (faults.throwsAtOpen)
+            throw std::runtime_error("throws is among the faults");
         const char* refusal = nullptr;
         if (!attached)
             refusal = "no such device";
@@ -52,9 +62,6 @@ public:
             refusal = "busy is among the faults";
         else if (*unplugged)
             refusal = "the device is unplugged";
-        else if (std::any_of(devices.begin(), devices.end(),
-                             [](const auto* device) { return !device->isClosed(); }))
-            refusal = "it is open already";
         if (refusal != nullptr) {
             log(Logger::Error, std::string("cannot open: ") + refusal);
             return nullptr;
@@ -62,6 +69,7 @@ public:
         devices.push_back(new virtual_kinect::VirtualDevice(
             attached, faults, unplugged,
             [this](virtual_kinect::VirtualDevice* device) { std::erase(devices, device); }));
+        log(Logger::Info, "opened");
         return devices.back();
     }
 
@@ -78,14 +86,22 @@ Freenect2::~Freenect2() {
 }
 
 int Freenect2::enumerateDevices() {
+    log(Logger::Info, "enumerating devices...");
     impl_->attached.reset();
     if (!*impl_->unplugged)
         impl_->attached = virtual_kinect::makeAttachedSource(environment("LUMENO_VIRTUAL_KINECT"));
-    if (!impl_->attached)
-        return 0;
-    impl_->faults = wantedFaults();
-    log(Logger::Info, "found " + impl_->attached->serialNumber());
-    return 1;
+    if (impl_->attached) {
+        impl_->faults = wantedFaults();
+        if (impl_->faults.noPermission) {
+            log(Logger::Error, "cannot look at the device: no-permission is among the faults");
+            impl_->attached.reset();
+        }
+    }
+    if (impl_->attached)
+        log(Logger::Info, "found " + impl_->attached->serialNumber());
+    const int count = impl_->attached ? 1 : 0;
+    log(Logger::Info, "found " + std::to_string(count) + " devices");
+    return count;
 }
 
 std::string Freenect2::getDeviceSerialNumber(int idx) {

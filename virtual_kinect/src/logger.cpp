@@ -30,7 +30,8 @@ public:
             return;
         // One write for the whole line, so that lines of several threads do not mix.
         const std::string name = level2str(level);
-        std::cerr << "[" + name + "] " + message + "\n" << std::flush;
+        (level <= Warning ? std::cerr : std::cout) << "[" + name + "] " + message + "\n"
+                                                   << std::flush;
     }
 };
 

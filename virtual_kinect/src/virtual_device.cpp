@@ -69,7 +69,7 @@ VirtualDevice::VirtualDevice(std::shared_ptr<FrameSource> frameSource, Faults de
       irParams(typicalIrCamera()) {}
 
 VirtualDevice::~VirtualDevice() {
-    endThread();
+    VirtualDevice::close();
     destroyed(this);
 }
 
@@ -97,7 +97,9 @@ void VirtualDevice::setIrCameraParams(const IrCameraParams& params) {
     irParams = params;
 }
 
-void VirtualDevice::setConfiguration(const Config&) {}
+void VirtualDevice::setConfiguration(const Config& config) {
+    configuration = config;
+}
 
 void VirtualDevice::setColorFrameListener(libfreenect2::FrameListener* listener) {
     listeners.color = listener;
@@ -112,6 +114,12 @@ bool VirtualDevice::start() {
 }
 
 bool VirtualDevice::startStreams(bool rgb, bool depth) {
+    log(Logger::Info, "starting...");
+    if (!closed && !thread.joinable()) {
+        std::this_thread::sleep_for(faults.slowStart);
+        if (faults.throwsAtStart)
+            throw ThrownAtStart{};
+    }
     const char* refusal = nullptr;
     if (closed)
         refusal = "the device is closed";
@@ -128,26 +136,40 @@ bool VirtualDevice::startStreams(bool rgb, bool depth) {
     stopRequested = false;
     thread = std::thread(
         &VirtualDevice::streamFrames, this,
-        Listeners{rgb ? listeners.color : nullptr, depth ? listeners.irAndDepth : nullptr});
+        Listeners{rgb ? listeners.color : nullptr, depth ? listeners.irAndDepth : nullptr},
+        DepthRange{configuration.MinDepth * 1000, configuration.MaxDepth * 1000});
+    log(Logger::Info, "started");
     return true;
 }
 
 bool VirtualDevice::stop() {
+    log(Logger::Info, "stopping...");
     if (!thread.joinable()) {
-        log(Logger::Info, "stop: the streams are not running");
+        log(Logger::Info, "nothing to stop");
         return false;
     }
     std::this_thread::sleep_for(faults.slowStop);
     endThread();
-    if (*unplugged)
+    if (*unplugged) {
         log(Logger::Error, "stop: the device is unplugged");
-    return !*unplugged;
+        return false;
+    }
+    log(Logger::Info, "stopped");
+    return true;
 }
 
 bool VirtualDevice::close() {
+    log(Logger::Info, "closing...");
+    if (closed) {
+        log(Logger::Info, "nothing to close");
+        return true;
+    }
     if (thread.joinable())
         stop();
+    std::this_thread::sleep_for(faults.slowClose);
+    listeners = {};
     closed = true;
+    log(Logger::Info, "closed");
     return true;
 }
 
@@ -162,9 +184,14 @@ void VirtualDevice::endThread() {
     thread.join();
 }
 
-/// The device's thread.
-void VirtualDevice::streamFrames(Listeners to) {
+/// The device's own thread.
+void VirtualDevice::streamFrames(Listeners to, DepthRange range) {
     pthread_setname_np(pthread_self(), "virtual-sensor"); // not its starter's name, when measured
+    Outlets outlets;
+    if (to.color != nullptr)
+        outlets.color = std::make_unique<DeliveryThread>("virtual-color", *to.color);
+    if (to.irAndDepth != nullptr)
+        outlets.irAndDepth = std::make_unique<DeliveryThread>("virtual-depth", *to.irAndDepth);
     const auto began = steady_clock::now();
     auto nextComplaint = began;
     FrameSet set;
@@ -178,7 +205,7 @@ void VirtualDevice::streamFrames(Listeners to) {
         }
         try {
             if (!isSilent(number))
-                deliverFrames(number, to, set);
+                deliverFrames(number, outlets, range, set);
         } catch (const std::exception& error) {
             // A recording that is damaged in many places must not flood the log.
             if (const auto now = steady_clock::now(); now >= nextComplaint) {
@@ -202,24 +229,37 @@ bool VirtualDevice::isSilent(std::uint64_t number) const {
            faults.holds(FrameFault::Missing, Frame::Depth, number);
 }
 
-void VirtualDevice::deliverFrames(std::uint64_t number, const Listeners& to, FrameSet& set) {
+void VirtualDevice::deliverFrames(std::uint64_t number, Outlets& to, const DepthRange& range,
+                                  FrameSet& set) {
     set.bgrx = pool->take<BufferPool::Bytes>();
     set.infrared = pool->take<BufferPool::Floats>();
     set.depth = pool->take<BufferPool::Floats>();
     source->render(number, set);
     if (faults.holds(FrameFault::Rgbx, Frame::Color, number))
         exchangeRedAndBlue(set.bgrx);
-    deliverFrame(Frame::Color, number, to.color, set.colorWidth, set.colorHeight, set.bgrx);
-    deliverFrame(Frame::Ir, number, to.irAndDepth, set.depthWidth, set.depthHeight, set.infrared);
-    deliverFrame(Frame::Depth, number, to.irAndDepth, set.depthWidth, set.depthHeight, set.depth);
+    for (float& reading : set.depth)
+        reading = reading >= range.min_mm && reading <= range.max_mm ? reading : 0;
+
+    Delivery color;
+    addFrame(color, Frame::Color, number, set.colorWidth, set.colorHeight, set.bgrx);
+    Delivery depth;
+    addFrame(depth, Frame::Ir, number, set.depthWidth, set.depthHeight, set.infrared);
+    addFrame(depth, Frame::Depth, number, set.depthWidth, set.depthHeight, set.depth);
+    to.lateDepth.push_back(std::move(depth));
+    if (to.color)
+        to.color->offer(std::move(color));
+    if (to.lateDepth.size() <= faults.depthLate)
+        return;
+    if (to.irAndDepth)
+        to.irAndDepth->offer(std::move(to.lateDepth.front()));
+    to.lateDepth.pop_front();
 }
 
 template <typename Buffer>
-void VirtualDevice::deliverFrame(Frame::Type type, std::uint64_t number,
-                                 libfreenect2::FrameListener* to, int width, int height,
-                                 Buffer& buffer) {
+void VirtualDevice::addFrame(Delivery& delivery, Frame::Type type, std::uint64_t number, int width,
+                             int height, Buffer& buffer) {
     auto frame = std::make_unique<PooledFrame<Buffer>>(width, height, std::move(buffer), pool);
-    if (to == nullptr || faults.holds(FrameFault::Missing, type, number))
+    if (faults.holds(FrameFault::Missing, type, number))
         return;
     frame->format = Frame::Float;
     if (type == Frame::Color) {
@@ -237,9 +277,7 @@ void VirtualDevice::deliverFrame(Frame::Type type, std::uint64_t number,
         frame->bytes_per_pixel = type == Frame::Color ? 3 : 2;
     if (faults.holds(FrameFault::ZeroSize, type, number))
         frame->width = frame->height = 0;
-    Frame* offered = frame.release();
-    if (!to->onNewFrame(type, offered))
-        delete offered;
+    delivery.emplace_back(type, std::move(frame));
 }
 
 } // namespace virtual_kinect

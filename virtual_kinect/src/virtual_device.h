@@ -1,5 +1,6 @@
 #pragma once
 
+#include "delivery_thread.h"
 #include "faults.h"
 #include "frame_source.h"
 
@@ -7,6 +8,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -16,7 +18,8 @@ namespace virtual_kinect {
 
 class BufferPool;
 
-/// A device whose thread delivers a source's frames when they are due.
+/// A device that delivers a source's frames when they are due: one thread renders them, one calls
+/// the listener with colour, one with infrared and depth.
 ///
 /// A frame is never delivered before its time. Where rendering or a listener takes longer than the
 /// distance to the next frame, the frames that have become overdue are left out, so that the
@@ -53,14 +56,27 @@ private:
         libfreenect2::FrameListener* irAndDepth = nullptr;
     };
 
+    /// Readings outside of it are none. In millimetres, both inclusive.
+    struct DepthRange {
+        float min_mm;
+        float max_mm;
+    };
+
+    /// The delivery threads of one run, and the depth that is held back.
+    struct Outlets {
+        std::unique_ptr<DeliveryThread> color;
+        std::unique_ptr<DeliveryThread> irAndDepth;
+        std::deque<Delivery> lateDepth;
+    };
+
     void endThread();
-    void streamFrames(Listeners to);
+    void streamFrames(Listeners to, DepthRange range);
     bool waitUntil(std::chrono::steady_clock::time_point due);
     bool isSilent(std::uint64_t number) const;
-    void deliverFrames(std::uint64_t number, const Listeners& to, FrameSet& set);
+    void deliverFrames(std::uint64_t number, Outlets& to, const DepthRange& range, FrameSet& set);
     template <typename Buffer>
-    void deliverFrame(libfreenect2::Frame::Type type, std::uint64_t number,
-                      libfreenect2::FrameListener* to, int width, int height, Buffer& buffer);
+    void addFrame(Delivery& delivery, libfreenect2::Frame::Type type, std::uint64_t number,
+                  int width, int height, Buffer& buffer);
 
     // Constant:
     const std::shared_ptr<FrameSource> source;
@@ -72,6 +88,7 @@ private:
     // The caller's thread only:
     ColorCameraParams colorParams;
     IrCameraParams irParams;
+    Config configuration;
     Listeners listeners;
     bool closed = false;
     std::thread thread;

@@ -33,8 +33,8 @@ public:
         float k1, k2, k3, p1, p2;
     };
 
-    /// Depth processing of a sensor, distances in metres. A virtual device's depth is finished, so
-    /// that it takes a configuration but does not apply it.
+    /// Depth processing of a sensor, distances in metres: depth outside of MinDepth to MaxDepth is
+    /// no reading. A virtual device's depth is filtered already, so that the filters do nothing.
     struct LIBFREENECT2_API Config {
         float MinDepth;
         float MaxDepth;
@@ -90,8 +90,9 @@ public:
     std::string getDeviceSerialNumber(int idx);
     std::string getDefaultDeviceSerialNumber();
 
-    /// Open a found device. Null when there is none such or it will not open. A pipeline is the
-    /// library's from the call on, also when opening fails.
+    /// Open a found device. Null when there is none such or it will not open; the same device again
+    /// when it is open already. A pipeline is the library's from the call on, also when opening
+    /// fails.
     Freenect2Device* openDevice(int idx);
     Freenect2Device* openDevice(int idx, const PacketPipeline* factory);
     Freenect2Device* openDevice(const std::string& serial);

@@ -25,8 +25,8 @@ protected:
     Level level_ = Info;
 };
 
-/// A logger that writes lines up to `level` to standard error. The caller owns it until it is given
-/// to setGlobalLogger.
+/// A logger that writes lines up to `level`: errors and warnings to standard error, the others to
+/// standard output. The caller owns it until it is given to setGlobalLogger.
 LIBFREENECT2_API Logger* createConsoleLogger(Logger::Level level);
 LIBFREENECT2_API Logger* createConsoleLoggerWithDefaultLevel();
 
