@@ -102,18 +102,23 @@ else()
   message(STATUS "Sensor library: the stand-in in virtual_kinect (${reason})")
 endif()
 
-# lumeno_sensor_library(<name> SOURCES <file>... [LIBRARIES <target>...])
+# lumeno_sensor_library(<name> SOURCES <file>... [LIBRARIES <target>...]
+#                       [SENSOR_LIBRARIES <sensor library>...])
 #
 # Two libraries of the same sources: <name> is linked with the chosen sensor library and belongs into
 # the program, <name>_virtual is linked with the stand-in and belongs into tests. What uses them
-# leaves the choice to the executable, so that none ever links both.
+# leaves the choice to the executable, so that none ever links both. SENSOR_LIBRARIES are further
+# libraries made by this function, without the suffix.
 function(lumeno_sensor_library name)
-  lumeno_library(${name} ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;SENSOR_LIBRARIES")
+  lumeno_library(${name} SOURCES ${arg_SOURCES} LIBRARIES ${arg_LIBRARIES} ${arg_SENSOR_LIBRARIES})
   target_link_libraries(${name} PRIVATE lumeno_sensor)
   if(LUMENO_SENSOR STREQUAL "virtual_kinect")
     add_library(${name}_virtual ALIAS ${name})
   else()
-    lumeno_library(${name}_virtual ${ARGN})
+    list(TRANSFORM arg_SENSOR_LIBRARIES APPEND _virtual)
+    lumeno_library(${name}_virtual
+      SOURCES ${arg_SOURCES} LIBRARIES ${arg_LIBRARIES} ${arg_SENSOR_LIBRARIES})
     target_link_libraries(${name}_virtual PRIVATE lumeno_virtual_kinect)
   endif()
 endfunction()

@@ -1,24 +1,24 @@
 #include "kinect/kinect_stream_worker.h"
 
+#include "frames/depth_frame.h"
 #include "kinect/frame_conversion.h"
-
-#include <libfreenect2/frame_listener_impl.h>
-#include <libfreenect2/libfreenect2.hpp>
+#include "kinect/sensor_session.h"
 
 #include <QDeadlineTimer>
 #include <QDebug>
 #include <QMutexLocker>
 #include <QScopeGuard>
 
+#include <chrono>
 #include <exception>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 using libfreenect2::Frame;
 
 namespace {
 
-constexpr unsigned int allStreams = Frame::Color | Frame::Ir | Frame::Depth;
-constexpr int frameWaitMs = 1000;
+constexpr std::chrono::milliseconds frameWait{1000};
 constexpr int longestEndMs = 3000;
 constexpr qint64 dropLineEveryMs = 1000;
 
@@ -31,69 +31,41 @@ FrameView viewOf(const libfreenect2::FrameMap& frames, Frame::Type type) {
             frame.format == Frame::RGBX};
 }
 
+QString failureText(SensorFailure::Step step) {
+    switch (step) {
+    case SensorFailure::Step::Enumerate:
+        return u"Kinect unavailable: no Kinect v2 device detected"_s;
+    case SensorFailure::Step::Open:
+        return u"Kinect unavailable: failed to open device. It may be busy."_s;
+    case SensorFailure::Step::Start:
+        break;
+    }
+    return u"Kinect unavailable: failed to start RGB/IR/Depth streams"_s;
+}
+
+void logException(const QString& what) {
+    qInfo() << "Qt Kinect streams: ended by" << what.toUtf8().constData();
+}
+
+/// Runs `step`; what it throws ends here, with a line in the log.
+template <typename Step>
+void withoutExceptions(Step step) {
+    try {
+        step();
+    } catch (const std::exception& error) {
+        logException(QString::fromUtf8(error.what()));
+    } catch (...) {
+        logException(u"an exception of an unknown type"_s);
+    }
+}
+
 } // namespace
 
 struct KinectStreamWorker::FrameSet {
     QImage rgb;
     QImage ir;
     QImage depth;
-    QList<float> depth_mm;
-    int depthWidth = 0;
-    int depthHeight = 0;
-};
-
-/// The sensor objects of one run. What began is ended in its destructor: the listener goes before
-/// the context, which owns the device.
-class KinectStreamWorker::Sensor {
-public:
-    /// Returns the text of what failed; empty when the streams run.
-    QString open() {
-        if (context.enumerateDevices() < 1)
-            return u"Kinect unavailable: no Kinect v2 device detected"_s;
-        device = context.openDevice(context.getDefaultDeviceSerialNumber());
-        if (device == nullptr)
-            return u"Kinect unavailable: failed to open device. It may be busy."_s;
-        device->setColorFrameListener(&listener);
-        device->setIrAndDepthFrameListener(&listener);
-        if (!device->start()) {
-            device->close();
-            return u"Kinect unavailable: failed to start RGB/IR/Depth streams"_s;
-        }
-        return {};
-    }
-
-    void close() {
-        device->stop();
-        device->close();
-    }
-
-    QString serialNumber() { return QString::fromStdString(device->getSerialNumber()); }
-
-    /// Waits for the next frame set; false when none came in time.
-    bool wait() { return listener.waitForNewFrame(frames, frameWaitMs); }
-
-    /// Gives the frame set back to the listener.
-    void release() { listener.release(frames); }
-
-    FrameSet convert() {
-        const FrameView depth = viewOf(frames, Frame::Depth);
-        FrameSet set;
-        set.rgb = converter.color(viewOf(frames, Frame::Color));
-        set.ir = converter.infrared(viewOf(frames, Frame::Ir));
-        set.depth = converter.depth(depth);
-        set.depth_mm = converter.rawDepth(depth);
-        set.depthWidth = static_cast<int>(depth.width);
-        set.depthHeight = static_cast<int>(depth.height);
-        return set;
-    }
-
-    FrameConverter converter;
-
-private:
-    libfreenect2::Freenect2 context;
-    libfreenect2::SyncMultiFrameListener listener{allStreams};
-    libfreenect2::FrameMap frames;
-    libfreenect2::Freenect2Device* device = nullptr; ///< The context's.
+    DepthFrame raw;
 };
 
 KinectStreamWorker::KinectStreamWorker(QObject* parent) : QThread(parent) {
@@ -133,39 +105,49 @@ void KinectStreamWorker::stop() {
 
 void KinectStreamWorker::run() {
     Q_EMIT statusChanged(u"Kinect: starting RGB/IR/Depth streams"_s);
-    try {
-        Sensor sensor;
-        if (const QString failure = sensor.open(); !failure.isEmpty()) {
-            Q_EMIT streamError(failure);
-            return;
-        }
-        try {
-            streamFrom(sensor);
-        } catch (const std::exception& error) {
-            qInfo() << "Qt Kinect streams: ended by" << error.what();
-        }
-        sensor.close();
-        qInfo() << "Qt Kinect streams stopped after frames" << frameCount;
-        Q_EMIT statusChanged(u"Kinect: stopped"_s);
-    } catch (const std::exception& error) {
-        qInfo() << "Qt Kinect streams: ended by" << error.what();
+    SensorSession sensor;
+    if (const std::optional<SensorFailure> failure = sensor.start()) {
+        if (!failure->exception.isEmpty())
+            logException(failure->exception);
+        Q_EMIT streamError(failureText(failure->step));
+        // After the text: a sensor that does not answer takes seconds to close.
+        withoutExceptions([&sensor] { sensor.close(); });
+        return;
     }
+    withoutExceptions([this, &sensor] { streamFrom(sensor); });
+    withoutExceptions([&sensor] { sensor.close(); });
+    qInfo() << "Qt Kinect streams stopped after frames" << frameCount;
+    Q_EMIT statusChanged(u"Kinect: stopped"_s);
 }
 
-void KinectStreamWorker::streamFrom(Sensor& sensor) {
-    Q_EMIT statusChanged(u"Kinect: streaming RGB/IR/Depth from "_s + sensor.serialNumber());
+void KinectStreamWorker::streamFrom(SensorSession& sensor) {
+    const QString serialNumber = QString::fromStdString(sensor.device().getSerialNumber());
+    Q_EMIT statusChanged(u"Kinect: streaming RGB/IR/Depth from "_s + serialNumber);
     firstFramesLogged = false;
     frameCount = 0;
+    FrameConverter converter;
     while (!isInterruptionRequested() && !isStopRequested()) {
-        if (!sensor.wait()) {
+        if (!sensor.wait(frameWait)) {
             Q_EMIT streamError(u"Kinect warning: timeout waiting for frame"_s);
             continue;
         }
         const auto release = qScopeGuard([&sensor] { sensor.release(); });
-        if (receiversKeepUp(sensor.converter))
-            handOver(sensor.convert());
+        if (receiversKeepUp(converter))
+            handOver(convert(sensor, converter));
     }
     reportDrops();
+}
+
+KinectStreamWorker::FrameSet KinectStreamWorker::convert(const SensorSession& sensor,
+                                                         FrameConverter& converter) {
+    const FrameView depth = viewOf(sensor.frames(), Frame::Depth);
+    FrameSet set;
+    set.rgb = converter.color(viewOf(sensor.frames(), Frame::Color));
+    set.ir = converter.infrared(viewOf(sensor.frames(), Frame::Ir));
+    set.depth = converter.depth(depth);
+    set.raw = {converter.rawDepth(depth), static_cast<int>(depth.width),
+               static_cast<int>(depth.height)};
+    return set;
 }
 
 void KinectStreamWorker::handOver(const FrameSet& set) {
@@ -178,8 +160,8 @@ void KinectStreamWorker::handOver(const FrameSet& set) {
         firstFramesLogged = true;
     }
     Q_EMIT framesReady(set.rgb, set.ir, set.depth);
-    if (!set.depth_mm.isEmpty())
-        Q_EMIT depthRawReady(set.depth_mm, set.depthWidth, set.depthHeight);
+    if (!set.raw.depth_mm.isEmpty())
+        Q_EMIT depthRawReady(set.raw.depth_mm, set.raw.width, set.raw.height);
     ++frameCount;
     ++emitted;
     markDelivery();

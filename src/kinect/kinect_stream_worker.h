@@ -11,6 +11,7 @@
 #include <new>
 
 class FrameConverter;
+class SensorSession;
 
 /// Owns the sensor for the life of one run: opens it, turns each synchronised frame set into three
 /// images and the raw depth, and reports by signals. It never throws.
@@ -21,6 +22,8 @@ class FrameConverter;
 ///   sensor and leaves it at once.
 /// - A stop is noticed within one wait for a frame, at most 1000 ms. The sensor is stopped and
 ///   closed before "Kinect: stopped" is sent.
+/// - A run that could not start says why before it closes the sensor, and has nothing to say after
+///   that. Exceptions of the sensor's library count as the failure of the step that they came from.
 /// - Deleting a worker stops it and takes 3000 ms at most. One that has not finished by then,
 ///   because the sensor's library hangs, is let go: it has no parent and no receivers any more and
 ///   deletes itself if its run ever ends. An object that was not made with new has no such way out,
@@ -59,9 +62,9 @@ protected:
 
 private:
     struct FrameSet;
-    class Sensor;
 
-    void streamFrom(Sensor& sensor);
+    void streamFrom(SensorSession& sensor);
+    static FrameSet convert(const SensorSession& sensor, FrameConverter& converter);
     void handOver(const FrameSet& set);
     bool isStopRequested();
     bool receiversKeepUp(const FrameConverter& converter);
