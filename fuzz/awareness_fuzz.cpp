@@ -2,6 +2,7 @@
 
 #include "awareness/awareness_pass.h"
 #include "awareness/awareness_report.h"
+#include "awareness/follow_texts.h"
 #include "awareness/stream_display.h"
 #include "fuzz_overlays.h"
 
@@ -72,12 +73,12 @@ void checkResult(const AwarenessState& state, const AwarenessInput& newest,
     require(view.followZoom >= 1.0 && view.followZoom <= 8.0, "the zoom is from 1 to 8");
     // A crop that is kept for a lost owner may be older than the image's size: what is shown
     // counts.
+    const QString status =
+        followTexts::selectedFollowTarget(result.follow, view, state.followTarget);
     const FollowDisplay display =
-        followDisplay(newest.imageSize, view.followCrop, result.faceOverlays, u"follow"_s,
-                      state.followTarget.selectedFollowTarget);
+        followDisplay(newest.imageSize, view.followCrop, result.faceOverlays, u"follow"_s, status);
     require(!display.cropApplied || image.contains(display.crop), "the crop is inside the image");
-    require(display.statusText.contains(state.followTarget.selectedFollowTarget),
-            "the follow status stands in the text as it is");
+    require(display.statusText.contains(status), "the follow status stands in the text as it is");
     require(std::isfinite(view.smoothedCropCenter.x()) &&
                 std::isfinite(view.smoothedCropCenter.y()),
             "the crop's centre is a place");
@@ -104,7 +105,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         readDepth(input, newest);
         AwarenessResult result;
         for (int repeats = input.byte() % 8; repeats >= 0; --repeats) {
-            result = runAwarenessPass(state, newest, measuredFaces(newest), now);
+            result = runAwarenessPass(state, newest, [now] { return now; });
             checkResult(state, newest, result);
             newest.faceOverlays = result.faceOverlays;
             now += input.between(0, 800);

@@ -2,7 +2,6 @@
 
 #include "awareness/body_overlays.h"
 #include "awareness/face_distance.h"
-#include "awareness/overlay_rejection.h"
 #include "awareness/voice_zones.h"
 
 namespace {
@@ -10,6 +9,15 @@ namespace {
 bool hasDepth(const AwarenessInput& input) {
     return !input.lastDepthMm.isEmpty() && input.depthWidth > 0 && input.depthHeight > 0 &&
            !input.imageSize.isEmpty();
+}
+
+QList<FaceOverlay> measuredFaces(const AwarenessInput& input) {
+    QList<FaceOverlay> faces = input.faceOverlays;
+    keepFacesOnly(faces);
+    if (hasDepth(input))
+        measureFaceDistances(faces, input.lastDepthMm, input.depthWidth, input.depthHeight,
+                             input.imageSize);
+    return faces;
 }
 
 QList<BodyCandidate> trackBodies(AwarenessState& state, const AwarenessInput& input,
@@ -36,29 +44,23 @@ QList<QRect> faceSearchRegions(const QRect& followCrop, const QList<BodyCandidat
 
 } // namespace
 
-QList<FaceOverlay> measuredFaces(const AwarenessInput& input) {
-    QList<FaceOverlay> faces = input.faceOverlays;
-    keepFacesOnly(faces);
-    if (hasDepth(input))
-        measureFaceDistances(faces, input.lastDepthMm, input.depthWidth, input.depthHeight,
-                             input.imageSize);
-    return faces;
-}
-
 AwarenessResult runAwarenessPass(AwarenessState& state, const AwarenessInput& input,
-                                 const QList<FaceOverlay>& faces, qint64 now) {
+                                 const WallClock& clock) {
     AwarenessResult result;
-    result.faceOverlays = faces;
-    result.bodyCandidates = trackBodies(state, input, faces, now);
-    appendBodyOverlays(result.faceOverlays, state.bodyTracks, now);
+    QList<FaceOverlay>& overlays = result.faceOverlays;
+    const int imageWidth = input.imageSize.width();
+    overlays = measuredFaces(input);
+    const qint64 now = clock();
+    result.bodyCandidates = trackBodies(state, input, overlays, now);
+    appendBodyOverlays(overlays, state.bodyTracks, now);
     if (!input.layoutDebug)
-        result.rejections = rejectOverlays(result.faceOverlays, input.imageSize.width());
-    tagSpeakers(result.faceOverlays, input.voiceStatus, input.invertAudioDirection,
-                input.imageSize.width());
-    const qsizetype target =
-        chooseFollowTarget(state.followTarget, result.faceOverlays, input.imageSize, now);
-    updateFollowView(state.followView, state.followTarget,
-                     target < 0 ? nullptr : &result.faceOverlays.at(target), input.imageSize, now);
+        result.rejections = rejectOverlays(overlays, imageWidth);
+    tagSpeakers(overlays, input.voiceStatus, input.invertAudioDirection, imageWidth);
+    const FollowChoice choice =
+        chooseFollowTarget(state.followTarget, overlays, input.imageSize, now);
+    result.follow = updateFollowView(state.followView, state.followTarget, choice,
+                                     choice.overlay < 0 ? nullptr : &overlays.at(choice.overlay),
+                                     input.imageSize, now);
     result.bodyRegions = faceSearchRegions(state.followView.followCrop, result.bodyCandidates);
     return result;
 }

@@ -3,8 +3,9 @@
 #include "app/voice_direction_status.h"
 #include "awareness/body_tracks.h"
 #include "awareness/follow_view.h"
+#include "awareness/overlay_rejection.h"
 
-#include <QStringList>
+#include <functional>
 
 /// What lives from pass to pass.
 struct AwarenessState {
@@ -27,26 +28,29 @@ struct AwarenessInput {
     bool invertAudioDirection = false;
 };
 
-/// What a pass found.
+/// What a pass found. Made new in every pass.
 struct AwarenessResult {
     QList<FaceOverlay> faceOverlays; ///< Kept faces and bodies, with their speaker notes.
     QList<BodyCandidate> bodyCandidates;
-    QStringList rejections;   ///< A line for each overlay that was dropped.
+    QList<Rejection> rejections; ///< The overlays that were dropped.
+    FollowPass follow;
     QList<QRect> bodyRegions; ///< Where faces are worth a closer look: the follow crop, bodies.
 };
 
-/// The faces of `input` at the distances that the newest depth gives them, without what an earlier
-/// pass added. Without depth or a colour image they keep the distances that they came with.
-QList<FaceOverlay> measuredFaces(const AwarenessInput& input);
+/// Milliseconds since the epoch.
+using WallClock = std::function<qint64()>;
 
-/// One pass over the newest data; `faces` are the measured ones, `now` milliseconds since the
-/// epoch:
-/// 1. body candidates, and with them the body tracks;
-/// 2. stable tracks become overlays;
-/// 3. photographs, background faces and duplicates of the owner are dropped;
-/// 4. the voice's direction is noted on the overlays;
-/// 5. one overlay is chosen to be followed;
-/// 6. the follow zoom and crop take a step towards it;
-/// 7. the regions for the face worker are listed.
+/// One pass over the newest data:
+/// 1. what an earlier pass added to the overlays is dropped, and the faces that remain get the
+///    distances that the newest depth gives them; without depth or a colour image they keep the
+///    distances that they came with;
+/// 2. body candidates, and with them the body tracks;
+/// 3. stable tracks become overlays;
+/// 4. photographs, background faces and duplicates of the owner are dropped;
+/// 5. the voice's direction is noted on the overlays;
+/// 6. one overlay is chosen to be followed;
+/// 7. the follow zoom and crop take a step towards it;
+/// 8. the regions for the face worker are listed.
+/// `clock` is read once, after step 1, and gives the time of the whole pass.
 AwarenessResult runAwarenessPass(AwarenessState& state, const AwarenessInput& input,
-                                 const QList<FaceOverlay>& faces, qint64 now);
+                                 const WallClock& clock);

@@ -1,5 +1,6 @@
 #include "awareness/awareness_report.h"
 
+#include "awareness/follow_texts.h"
 #include "awareness/overlay_geometry.h"
 
 using namespace Qt::StringLiterals;
@@ -14,12 +15,16 @@ QString described(const QList<Record>& records, QString (*description)(const Rec
     return texts.join(u" | "_s);
 }
 
+QString distanceText(const FaceOverlay& overlay) {
+    return QString::number(overlay.distanceMeters, 'f', 2) + u'm';
+}
+
 } // namespace
 
 QString overlayDescription(const FaceOverlay& overlay) {
     QString text = overlay.label;
     if (overlay.hasDistance)
-        text += u" distance="_s + QString::number(overlay.distanceMeters, 'f', 2) + u'm';
+        text += u" distance="_s + distanceText(overlay);
     else if (overlay.depthMissing)
         text += u" distance=unavailable"_s;
     if (!overlay.speakerNote.isEmpty())
@@ -33,28 +38,48 @@ QString candidateDescription(const BodyCandidate& candidate) {
                                                     QString::number(candidate.cells));
 }
 
+QString rejectionDescription(const Rejection& rejection) {
+    const FaceOverlay& overlay = rejection.overlay;
+    const QString box = boxText(overlay.rect);
+    const QString distance = overlay.hasDistance ? distanceText(overlay) : u"none"_s;
+    switch (rejection.reason) {
+    case RejectionReason::NoDepth:
+        return u"reject %1 box=%2 distance=%3 reason=no valid depth/photo-like"_s.arg(
+            overlay.label, box, distance);
+    case RejectionReason::FarWithoutBody:
+        return u"reject %1 box=%2 distance=%3 reason=far face without body evidence"_s.arg(
+            overlay.label, box, distance);
+    case RejectionReason::DuplicateOfOwner:
+        return u"reject %1 box=%2 reason=duplicate near Tavin"_s.arg(overlay.label, box);
+    }
+    return {};
+}
+
 void writeAwarenessReport(QDebug line, const AwarenessState& state, const AwarenessResult& result) {
-    const FollowTarget& follow = state.followTarget;
+    const FollowTarget& memory = state.followTarget;
     const FollowView& view = state.followView;
+    const FollowPass& pass = result.follow;
+    const QString selectedFollowTarget = followTexts::selectedFollowTarget(pass, view, memory);
     line << "Qt awareness overlays:" << described(result.faceOverlays, overlayDescription)
          << "ignored_background=" << result.rejections.size()
          << "body_candidates=" << described(result.bodyCandidates, candidateDescription)
-         << "rejections=" << result.rejections.join(u" | "_s)
-         << "selected_follow_target=" << follow.selectedFollowTarget
-         << "follow_zoom=" << view.followZoom << "target_distance=" << view.targetDistance
-         << "zoom_hold_remaining=" << follow.zoomHoldUntilMs
-         << "close_no_zoom_active=" << view.closeNoZoomActive
-         << "reacquire_mode=" << follow.reacquireMode << "max_zoom_active=" << view.maxZoomActive
-         << "zoom_reason=" << view.zoomReason
-         << "selected_follow_target=" << follow.selectedFollowTarget
-         << "follow_target_reason=" << follow.followTargetReason
-         << "target_center=" << view.targetCenter
+         << "rejections=" << described(result.rejections, rejectionDescription)
+         << "selected_follow_target=" << selectedFollowTarget << "follow_zoom=" << view.followZoom
+         << "target_distance=" << pass.targetDistance
+         << "zoom_hold_remaining=" << memory.zoomHoldUntilMs
+         << "close_no_zoom_active=" << pass.zoom.closeNoZoomActive()
+         << "reacquire_mode=" << pass.choice.reacquireMode
+         << "max_zoom_active=" << pass.zoom.maxZoomActive
+         << "zoom_reason=" << followTexts::zoomReason(pass.zoom.zoomReason)
+         << "selected_follow_target=" << selectedFollowTarget
+         << "follow_target_reason=" << followTexts::statusName(pass.choice.followTargetReason)
+         << "target_center=" << pass.targetCenter()
          << "smoothed_crop_center=" << view.smoothedCropCenter
-         << "target_in_safe_zone=" << view.targetInSafeZone
-         << "edge_protection_active=" << view.edgeProtectionActive
-         << "zoom_snap_prevented=" << view.zoomSnapPrevented
-         << "zoom_smoothing_state=" << view.zoomSmoothingState
-         << "crop_center_smoothing_state=" << view.cropCenterSmoothingState
-         << "last_tavin_seen_ms=" << follow.lastTavinSeenMs << "follow_crop=" << view.followCrop
+         << "target_in_safe_zone=" << pass.targetInSafeZone()
+         << "edge_protection_active=" << pass.edgeProtectionActive()
+         << "zoom_snap_prevented=" << pass.zoomSnapPrevented
+         << "zoom_smoothing_state=" << followTexts::zoomSmoothingState(pass)
+         << "crop_center_smoothing_state=" << followTexts::cropCenterSmoothingState(pass)
+         << "last_tavin_seen_ms=" << memory.lastTavinSeenMs << "follow_crop=" << view.followCrop
          << "estimated_head_region=" << view.targetHeadRegion;
 }

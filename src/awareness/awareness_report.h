@@ -10,5 +10,8 @@ QString overlayDescription(const FaceOverlay& overlay);
 /// A body candidate as the diagnostic line shows it.
 QString candidateDescription(const BodyCandidate& candidate);
 
-/// Writes the diagnostic line of a pass to `line`.
+/// A dropped overlay as the diagnostic line shows it.
+QString rejectionDescription(const Rejection& rejection);
+
+/// Writes the diagnostic line of a pass to `line`; `state` is as the pass left it.
 void writeAwarenessReport(QDebug line, const AwarenessState& state, const AwarenessResult& result);

@@ -6,12 +6,10 @@
 #include <algorithm>
 #include <cmath>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-constexpr int leastCropWidth = 220;     // pixels; a smaller crop would show nothing but blur
-constexpr int leastCropHeight = 150;    // pixels
+constexpr int minCropWidth = 220;       // pixels; a smaller crop would show nothing but blur
+constexpr int minCropHeight = 150;      // pixels
 constexpr double safeZoneStart = 0.15;  // of the crop, from its top left corner
 constexpr double safeZoneExtent = 0.70; // of the crop
 constexpr double insideWeight = 0.2;
@@ -19,8 +17,8 @@ constexpr double reacquireWeight = 0.34;
 constexpr double outsideWeight = 0.52;
 constexpr double edgeMargin = 0.18; // of the crop
 
-int cropSide(double zoom, int imageSide, int leastSide) {
-    return imageSide > leastSide ? std::max(int(imageSide / zoom), leastSide) : imageSide;
+int cropSide(double zoom, int imageSide, int minSide) {
+    return imageSide > minSide ? std::max(int(imageSide / zoom), minSide) : imageSide;
 }
 
 bool isInSafeZone(const QRect& crop, const QPoint& point) {
@@ -28,6 +26,12 @@ bool isInSafeZone(const QRect& crop, const QPoint& point) {
                           crop.top() + safeZoneStart * crop.height(), safeZoneExtent * crop.width(),
                           safeZoneExtent * crop.height());
     return safeZone.contains(QPointF(point));
+}
+
+double centerWeight(bool targetInSafeZone, bool reacquireMode) {
+    if (!targetInSafeZone)
+        return outsideWeight;
+    return reacquireMode ? reacquireWeight : insideWeight;
 }
 
 /// Left or top of a crop around a centre, inside the image.
@@ -51,36 +55,30 @@ int protectedStart(int start, int side, int first, int last, int imageSide) {
 
 QSize followCropSize(double zoom, const QSize& imageSize) {
     const double used = std::clamp(zoom, 1.0, 8.0);
-    return QSize(cropSide(used, imageSize.width(), leastCropWidth),
-                 cropSide(used, imageSize.height(), leastCropHeight));
+    return QSize(cropSide(used, imageSize.width(), minCropWidth),
+                 cropSide(used, imageSize.height(), minCropHeight));
 }
 
-void moveFollowCrop(FollowView& view, const QRect& region, const QSize& imageSize,
-                    bool reacquireMode) {
+CropStep movedCrop(const FollowView& view, const QRect& region, const QSize& imageSize,
+                   bool reacquireMode) {
+    CropStep step;
+    step.targetCenter = boxCenter(region);
+    step.targetInSafeZone = isInSafeZone(view.followCrop, step.targetCenter);
+    step.weight = centerWeight(step.targetInSafeZone, reacquireMode);
+    step.center =
+        step.weight * QPointF(step.targetCenter) + (1.0 - step.weight) * view.smoothedCropCenter;
+
     const QSize size = followCropSize(view.followZoom, imageSize);
-    view.targetCenter = boxCenter(region);
-    view.targetInSafeZone = isInSafeZone(view.followCrop, view.targetCenter);
-    view.edgeProtectionActive = !view.targetInSafeZone;
-
-    const double weight = view.edgeProtectionActive ? outsideWeight
-                          : reacquireMode           ? reacquireWeight
-                                                    : insideWeight;
-    QPointF& center = view.smoothedCropCenter;
-    center.setX(weight * view.targetCenter.x() + (1.0 - weight) * center.x());
-    center.setY(weight * view.targetCenter.y() + (1.0 - weight) * center.y());
-    view.cropCenterSmoothingState = u"center alpha %1 safe_zone %2 edge %3"_s.arg(
-        QString::number(weight, 'f', 2), view.targetInSafeZone ? u"true"_s : u"false"_s,
-        view.edgeProtectionActive ? u"true"_s : u"false"_s);
-
-    QRect crop(QPoint(cropStart(center.x(), size.width(), imageSize.width()),
-                      cropStart(center.y(), size.height(), imageSize.height())),
+    QRect crop(QPoint(cropStart(step.center.x(), size.width(), imageSize.width()),
+                      cropStart(step.center.y(), size.height(), imageSize.height())),
                size);
-    if (view.edgeProtectionActive) {
+    if (!step.targetInSafeZone) {
         crop.moveLeft(protectedStart(crop.left(), size.width(), region.left(), region.right(),
                                      imageSize.width()));
         crop.moveTop(protectedStart(crop.top(), size.height(), region.top(), region.bottom(),
                                     imageSize.height()));
-        center = crop.center();
+        step.center = crop.center();
     }
-    view.followCrop = crop & QRect(QPoint(0, 0), imageSize);
+    step.crop = crop & QRect(QPoint(0, 0), imageSize);
+    return step;
 }

@@ -5,33 +5,29 @@
 
 #include <algorithm>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr int unscored = -1;
 constexpr int rememberedBonus = 35;
 constexpr int staleLoss = 20;
-constexpr int mostStreak = 30;
+constexpr int maxStreak = 30;
 constexpr int establishedStreak = 3;
-
-const QString nobody = u"No follow target"_s;
-const QString reacquiring = u"Reacquiring Tavin face"_s;
 
 struct Standing {
     int score = unscored;
-    QString followStatus = nobody;
+    FollowStatus followStatus = FollowStatus::NoTarget;
 };
 
 Standing standingOf(const FaceOverlay& overlay) {
     if (overlay.label == identity::owner)
-        return {300, u"Following Tavin"_s};
+        return {300, FollowStatus::Owner};
     if (overlay.label == identity::possibleOwner)
-        return {230, overlay.faceEvidence ? u"Following possible Tavin"_s : reacquiring};
+        return {230,
+                overlay.faceEvidence ? FollowStatus::PossibleOwner : FollowStatus::Reacquiring};
     if (overlay.label == identity::person && overlay.bodyOnly)
-        return {130, u"Following person"_s};
+        return {130, FollowStatus::Person};
     if (overlay.label == identity::unknown && !overlay.depthMissing)
-        return {80, u"Following person"_s};
+        return {80, FollowStatus::Person};
     return {};
 }
 
@@ -64,7 +60,7 @@ qsizetype bestOverlay(const QList<FaceOverlay>& overlays, const QString& followT
 
 void remember(FollowTarget& follow, const QString& name) {
     if (name == follow.followTargetName) {
-        follow.followTargetStreak = std::min(follow.followTargetStreak + 1, mostStreak);
+        follow.followTargetStreak = std::min(follow.followTargetStreak + 1, maxStreak);
     } else if (follow.followTargetName.isEmpty() || name == identity::owner ||
                follow.followTargetStreak >= establishedStreak) {
         follow.followTargetName = name;
@@ -83,27 +79,32 @@ void noteOwner(FollowTarget& follow, const FaceOverlay& owner, const QSize& imag
         isCloseOwner(owner) ? now : std::max(now + ownerMemoryMs, follow.zoomHoldUntilMs);
 }
 
-void followOverlay(FollowTarget& follow, FaceOverlay& target, const QSize& imageSize, qint64 now) {
-    follow.selectedFollowTarget = standingOf(target).followStatus;
+FollowChoice followOverlay(FollowTarget& follow, FaceOverlay& target, const QSize& imageSize,
+                           qint64 now) {
+    FollowChoice choice;
+    choice.selectedFollowTarget = standingOf(target).followStatus;
+    choice.followTargetReason = choice.selectedFollowTarget;
     remember(follow, target.label);
-    follow.followTargetReason = follow.selectedFollowTarget;
     if (target.label == identity::owner) {
         noteOwner(follow, target, imageSize, now);
     } else if (target.bodyOnly && ownerSeenLately(follow, now)) {
         target.label = identity::possibleOwner;
         target.color = identity::ownerColor;
-        follow.selectedFollowTarget = reacquiring;
-        follow.reacquireMode = true;
+        choice.selectedFollowTarget = FollowStatus::Reacquiring;
+        choice.reacquireMode = true;
     }
+    return choice;
 }
 
-void followNobody(FollowTarget& follow, qint64 now) {
+FollowChoice followNobody(FollowTarget& follow, qint64 now) {
+    FollowChoice choice;
+    choice.followTargetReason = FollowStatus::NoTarget;
     follow.followTargetStreak = std::max(follow.followTargetStreak - 1, 0);
-    follow.followTargetReason = nobody;
     if (ownerSeenLately(follow, now) && follow.lastTavinHeadRegion.isValid()) {
-        follow.reacquireMode = true;
-        follow.selectedFollowTarget = reacquiring;
+        choice.reacquireMode = true;
+        choice.selectedFollowTarget = FollowStatus::Reacquiring;
     }
+    return choice;
 }
 
 } // namespace
@@ -113,15 +114,12 @@ bool isCloseOwner(const FaceOverlay& overlay) {
            overlay.distanceMeters < closeOwner_m;
 }
 
-qsizetype chooseFollowTarget(FollowTarget& follow, QList<FaceOverlay>& overlays,
-                             const QSize& imageSize, qint64 now) {
-    follow.selectedFollowTarget = nobody;
-    follow.followTargetReason = u"none"_s;
-    follow.reacquireMode = false;
+FollowChoice chooseFollowTarget(FollowTarget& follow, QList<FaceOverlay>& overlays,
+                                const QSize& imageSize, qint64 now) {
     const qsizetype best = bestOverlay(overlays, follow.followTargetName);
-    if (best >= 0)
-        followOverlay(follow, overlays[best], imageSize, now);
-    else
-        followNobody(follow, now);
-    return best;
+    if (best < 0)
+        return followNobody(follow, now);
+    FollowChoice choice = followOverlay(follow, overlays[best], imageSize, now);
+    choice.overlay = best;
+    return choice;
 }

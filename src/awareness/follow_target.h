@@ -7,17 +7,34 @@
 #include <QSize>
 #include <QString>
 
-/// Whom the Follow view follows, and what is remembered of the owner. Times are milliseconds since
-/// the epoch.
+/// What the Follow view is doing about its target. The words are in follow_texts.h.
+enum class FollowStatus {
+    NotChosenYet, ///< No pass has looked for a target.
+    NoTarget,
+    Owner,
+    PossibleOwner,
+    Person,
+    Reacquiring, ///< The owner was here a moment ago and is looked for.
+    OwnerLost,   ///< The owner's face has not been seen for a while; the view stays on it.
+};
+
+/// What is remembered of the follow target and of the owner from pass to pass. Times are
+/// milliseconds since the epoch.
 struct FollowTarget {
-    QString followTargetName;   ///< The remembered target; empty for none.
+    QString followTargetName;   ///< The remembered target's label; empty for none.
     int followTargetStreak = 0; ///< How established it is, 0 … 30.
-    QString selectedFollowTarget = QStringLiteral("No follow target"); ///< Status text.
-    QString followTargetReason = QStringLiteral("none"); ///< Status right after the choice.
-    bool reacquireMode = false; ///< The owner was here a moment ago and is looked for.
     qint64 lastTavinSeenMs = 0; ///< Last time the owner was the target; 0: never.
     QRect lastTavinHeadRegion;  ///< The owner's head at that time, colour-image pixels.
     qint64 zoomHoldUntilMs = 0; ///< Until when a strong zoom is held for the owner.
+};
+
+/// Whom one pass follows.
+struct FollowChoice {
+    qsizetype overlay = -1; ///< Index of the chosen overlay, -1 for none.
+    FollowStatus selectedFollowTarget = FollowStatus::NoTarget;
+    /// The status right after the choice, before the memory of the owner changed it.
+    FollowStatus followTargetReason = FollowStatus::NotChosenYet;
+    bool reacquireMode = false; ///< The owner was here a moment ago and is looked for.
 };
 
 /// For how long a lost owner is looked for, and the zoom held.
@@ -37,6 +54,6 @@ bool isCloseOwner(const FaceOverlay& overlay);
 /// 4. a body followed shortly after the owner was seen is taken for the owner: in `overlays` too it
 ///    becomes "Possible Tavin";
 /// 5. with nobody to follow, an owner seen shortly before is waited for.
-/// Returns the chosen overlay's index, -1 for none. `imageSize` is the colour image's.
-qsizetype chooseFollowTarget(FollowTarget& follow, QList<FaceOverlay>& overlays,
-                             const QSize& imageSize, qint64 now);
+/// `imageSize` is the colour image's.
+FollowChoice chooseFollowTarget(FollowTarget& follow, QList<FaceOverlay>& overlays,
+                                const QSize& imageSize, qint64 now);

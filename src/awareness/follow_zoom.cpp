@@ -1,9 +1,5 @@
 #include "awareness/follow_view.h"
 
-#include <cmath>
-
-using namespace Qt::StringLiterals;
-
 namespace {
 
 constexpr double reacquireZoom = 8.0;
@@ -12,90 +8,85 @@ constexpr double steadyBand = 0.05;
 constexpr double reacquireWeight = 0.16;
 constexpr double zoomInWeight = 0.10;
 constexpr double steadyWeight = 0.07;
-constexpr double zoomOutWeight = 0.045; // a moment's loss must not throw the view back
+constexpr double zoomOutWeight = 0.045; // losing the target for a moment must not widen the view
 
-double closeNoZoom(FollowView& view) {
-    view.closeNoZoomActive = true;
-    view.zoomReason = u"close/no zoom"_s;
-    return 1.0;
-}
+constexpr TargetZoom closeNoZoom{1.0, ZoomReason::CloseNoZoom, false};
 
-double maxZoom(FollowView& view, double zoom) {
-    view.maxZoomActive = true;
-    return zoom;
-}
-
-double zoomByDistance(FollowView& view, double d, bool reacquireMode) {
+/// `reason` is that of a target which is not close.
+TargetZoom zoomByDistance(double d, bool reacquireMode, ZoomReason reason) {
     if (d < closeOwner_m)
-        return closeNoZoom(view);
+        return closeNoZoom;
     if (reacquireMode)
-        return maxZoom(view, reacquireZoom);
+        return {reacquireZoom, reason, true};
     if (d < 1.5)
-        return 1.5 + 2.0 * (d - 1.0);
+        return {1.5 + 2.0 * (d - 1.0), reason};
     if (d < 2.2)
-        return 3.0 + 1.5 * (d - 1.5) / 0.7;
+        return {3.0 + 1.5 * (d - 1.5) / 0.7, reason};
     if (d < 3.5)
-        return 5.0 + 2.0 * (d - 2.2) / 1.3;
-    return maxZoom(view, farthestZoom);
+        return {5.0 + 2.0 * (d - 2.2) / 1.3, reason};
+    return {farthestZoom, reason, true};
 }
 
-double zoomByFaceHeight(FollowView& view, double fraction, bool reacquireMode) {
+TargetZoom zoomByFaceHeight(double fraction, bool reacquireMode, ZoomReason reason) {
     if (reacquireMode)
-        return maxZoom(view, reacquireZoom);
+        return {reacquireZoom, reason, true};
     if (fraction < 0.16)
-        return maxZoom(view, farthestZoom);
+        return {farthestZoom, reason, true};
     if (fraction < 0.24)
-        return 5.5;
+        return {5.5, reason};
     if (fraction < 0.38)
-        return 3.5;
+        return {3.5, reason};
     if (fraction < 0.55)
-        return 2.0;
-    return closeNoZoom(view);
+        return {2.0, reason};
+    return closeNoZoom;
 }
 
-struct ZoomStep {
-    double weight;
-    QString name;
-};
-
-ZoomStep zoomStep(double zoom, double target, bool reacquireMode) {
-    ZoomStep step{steadyWeight, u"zoom steady"_s};
-    if (target > zoom + steadyBand)
-        step = {zoomInWeight, u"zoom-in slow"_s};
-    else if (target < zoom - steadyBand)
-        step = {zoomOutWeight, u"zoom-out gentle"_s};
+ZoomReason reasonFor(const FaceOverlay& target, bool reacquireMode) {
     if (reacquireMode)
-        step.weight = reacquireWeight;
-    return step;
+        return ZoomReason::Reacquire;
+    return target.bodyOnly ? ZoomReason::BodyHead : ZoomReason::FaceHead;
+}
+
+ZoomDirection directionOf(double zoom, double target) {
+    if (target > zoom + steadyBand)
+        return ZoomDirection::In;
+    return target < zoom - steadyBand ? ZoomDirection::Out : ZoomDirection::Steady;
+}
+
+double weightOf(ZoomDirection direction, bool reacquireMode) {
+    if (reacquireMode)
+        return reacquireWeight;
+    switch (direction) {
+    case ZoomDirection::In:
+        return zoomInWeight;
+    case ZoomDirection::Out:
+        return zoomOutWeight;
+    case ZoomDirection::Steady:
+        break;
+    }
+    return steadyWeight;
 }
 
 } // namespace
 
-double targetZoom(FollowView& view, const FaceOverlay& target, const QSize& imageSize,
-                  bool reacquireMode) {
+TargetZoom targetZoom(const FaceOverlay& target, const QSize& imageSize, bool reacquireMode) {
+    const ZoomReason reason = reasonFor(target, reacquireMode);
     if (imageSize.isEmpty())
-        return 1.0;
-    const double zoom =
-        target.hasDistance
-            ? zoomByDistance(view, target.distanceMeters, reacquireMode)
-            : zoomByFaceHeight(view, double(target.rect.height()) / imageSize.height(),
-                               reacquireMode);
-    if (!view.closeNoZoomActive) {
-        if (reacquireMode)
-            view.zoomReason = u"recent Tavin lost/weak, holding aggressive reacquire zoom"_s;
-        else
-            view.zoomReason =
-                target.bodyOnly ? u"body/person head target"_s : u"face/head target"_s;
-    }
-    return zoom;
+        return {1.0, reason};
+    if (target.hasDistance)
+        return zoomByDistance(target.distanceMeters, reacquireMode, reason);
+    return zoomByFaceHeight(double(target.rect.height()) / imageSize.height(), reacquireMode,
+                            reason);
 }
 
-void smoothZoom(FollowView& view, double target, bool reacquireMode) {
-    const ZoomStep step = zoomStep(view.followZoom, target, reacquireMode);
-    double zoom = view.followZoom * (1.0 - step.weight) + step.weight * target;
-    if (zoom >= 1.0 - steadyBand && zoom <= 1.0 + steadyBand && target <= 1.0 + steadyBand)
-        zoom = 1.0;
-    view.followZoom = zoom;
-    view.zoomSmoothingState = u"%1 alpha %2 target %3"_s.arg(
-        step.name, QString::number(step.weight, 'f', 2), QString::number(target, 'f', 1));
+ZoomStep smoothedZoom(double zoom, double target, bool reacquireMode) {
+    ZoomStep step;
+    step.direction = directionOf(zoom, target);
+    step.weight = weightOf(step.direction, reacquireMode);
+    step.target = target;
+    step.zoom = zoom * (1.0 - step.weight) + step.weight * target;
+    if (step.zoom >= 1.0 - steadyBand && step.zoom <= 1.0 + steadyBand &&
+        target <= 1.0 + steadyBand)
+        step.zoom = 1.0;
+    return step;
 }

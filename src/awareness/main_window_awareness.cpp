@@ -1,6 +1,7 @@
 // The awareness members of the main window: one pass over the newest data, and where it goes.
 
 #include "awareness/awareness_report.h"
+#include "awareness/follow_texts.h"
 #include "face/face_recognition_worker.h"
 #include "ui/main_window.h"
 
@@ -13,11 +14,11 @@ constexpr qint64 logIntervalMs = 999; // the next line comes after more than thi
 } // namespace
 
 void MainWindow::updateAwarenessOverlays() {
-    const AwarenessInput input = awarenessInput();
-    const QList<FaceOverlay> faces = measuredFaces(input);
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    const AwarenessResult result = runAwarenessPass(awareness, input, faces, now);
+    const AwarenessResult result =
+        runAwarenessPass(awareness, awarenessInput(), QDateTime::currentMSecsSinceEpoch);
     faceOverlays = result.faceOverlays;
+    selectedFollowTarget = followTexts::selectedFollowTarget(result.follow, awareness.followView,
+                                                             awareness.followTarget);
     if (faceWorker)
         faceWorker->setBodyRegions(result.bodyRegions);
     logAwareness(result);

@@ -96,9 +96,8 @@ void MainWindow::updateStreamLabel(const QString& name, const StreamFrame& image
 }
 
 void MainWindow::updateFollowLabel(StreamImageWidget* widget, const StreamFrame& image) {
-    const FollowDisplay display =
-        followDisplay(image.size(), awareness.followView.followCrop, faceOverlays, currentView,
-                      awareness.followTarget.selectedFollowTarget);
+    const FollowDisplay display = followDisplay(image.size(), awareness.followView.followCrop,
+                                                faceOverlays, currentView, selectedFollowTarget);
     const StreamFrame shown = display.cropApplied ? image.cropped(display.crop) : image;
     logFollowDisplay(display, shown.size(), image.size());
     widget->setFrame(shown);
@@ -114,7 +113,7 @@ void MainWindow::logFollowDisplay(const FollowDisplay& display, const QSize& sho
     last_follow_display_log_ms = now;
     qInfo() << "Qt follow display:"
             << "current_view=" << currentView << "crop_applied_to_display=" << display.cropApplied
-            << "follow_zoom=" << awareness.followView.followZoom
-            << "follow_crop=" << awareness.followView.followCrop << "display_image=" << shown
-            << "source_image=" << source << "status=" << display.statusText;
+            << "follow_zoom=" << awareness.followView.followZoom << "follow_crop=" << display.crop
+            << "display_image=" << shown << "source_image=" << source
+            << "status=" << display.statusText;
 }

@@ -3,10 +3,20 @@
 #include "app/face_overlay.h"
 
 #include <QList>
-#include <QStringList>
+
+/// Why an overlay is no person of its own in the room.
+enum class RejectionReason {
+    NoDepth,        ///< Depth has no usable sample there: probably a photograph.
+    FarWithoutBody, ///< An unknown face too far away to be believed without a body.
+    DuplicateOfOwner,
+};
+
+struct Rejection {
+    FaceOverlay overlay;
+    RejectionReason reason = RejectionReason::NoDepth;
+};
 
 /// Drops faces that look like photographs or belong to the background (no depth behind them, or
 /// unknown and too far away), and then whatever stands so close to the owner that it must be the
-/// owner once more. Returns one line per dropped overlay, for the log. `imageWidth` is the colour
-/// image's.
-QStringList rejectOverlays(QList<FaceOverlay>& overlays, int imageWidth);
+/// owner once more. Returns what was dropped. `imageWidth` is the colour image's.
+QList<Rejection> rejectOverlays(QList<FaceOverlay>& overlays, int imageWidth);

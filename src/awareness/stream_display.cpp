@@ -20,13 +20,6 @@ QString statusText(const FollowDisplay& display, const QString& currentView,
 
 } // namespace
 
-QRect appliedFollowCrop(const QRect& followCrop, const QSize& imageSize) {
-    const QRect visible = followCrop & QRect(QPoint(), imageSize);
-    const bool smaller =
-        visible.width() < imageSize.width() || visible.height() < imageSize.height();
-    return followCrop.isValid() && visible.isValid() && smaller ? visible : QRect();
-}
-
 QList<FaceOverlay> overlaysInCrop(const QList<FaceOverlay>& overlays, const QRect& crop) {
     QList<FaceOverlay> inside;
     for (const FaceOverlay& overlay : overlays) {
@@ -42,8 +35,10 @@ FollowDisplay followDisplay(const QSize& imageSize, const QRect& followCrop,
                             const QList<FaceOverlay>& overlays, const QString& currentView,
                             const QString& selectedFollowTarget) {
     FollowDisplay display;
-    display.crop = appliedFollowCrop(followCrop, imageSize);
-    display.cropApplied = display.crop.isValid();
+    display.crop = followCrop & QRect(QPoint(), imageSize);
+    const bool smaller =
+        display.crop.width() < imageSize.width() || display.crop.height() < imageSize.height();
+    display.cropApplied = followCrop.isValid() && display.crop.isValid() && smaller;
     display.overlays = display.cropApplied ? overlaysInCrop(overlays, display.crop) : overlays;
     display.statusText = statusText(display, currentView, selectedFollowTarget);
     return display;

@@ -10,14 +10,10 @@
 /// What the Follow tile shows.
 struct FollowDisplay {
     bool cropApplied = false;    ///< Only `crop` of the image is shown.
-    QRect crop;                  ///< In pixels of the whole image; meaningful when cropApplied.
+    QRect crop;                  ///< The follow crop inside the image, in its pixels.
     QList<FaceOverlay> overlays; ///< In pixels of what is shown.
     QString statusText;          ///< The banner.
 };
-
-/// The part of the image that the Follow tile shows: `followCrop` inside the image when that is
-/// valid and smaller than the image in a direction, otherwise a null rectangle for all of it.
-QRect appliedFollowCrop(const QRect& followCrop, const QSize& imageSize);
 
 /// The overlays whose boxes meet `crop`, moved into its coordinates. Boxes that reach over its edge
 /// are not clipped.

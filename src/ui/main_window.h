@@ -142,6 +142,8 @@ private:
     QList<FaceOverlay> faceOverlays;
     VoiceDirectionStatus voiceStatus;
     AwarenessState awareness;
+    /// What the newest pass says of the follow target, for the Follow view's banner.
+    QString selectedFollowTarget = QStringLiteral("No follow target");
     QElapsedTimer awarenessLogTimer; ///< Since the last awareness line; invalid before the first.
     qint64 last_follow_display_log_ms = 0; ///< Wall clock of the last follow display line.
 };

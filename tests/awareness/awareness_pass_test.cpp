@@ -48,7 +48,7 @@ QStringList labels(const QList<FaceOverlay>& overlays) {
 }
 
 AwarenessResult pass(AwarenessState& state, const AwarenessInput& input, qint64 time = now) {
-    return runAwarenessPass(state, input, measuredFaces(input), time);
+    return runAwarenessPass(state, input, [time] { return time; });
 }
 
 } // namespace
@@ -60,7 +60,7 @@ void AwarenessPassTest::aStandingPersonIsFollowedOnceStable() {
     QCOMPARE(player.result.bodyCandidates.size(), 1);
     playFor(player, 0.5, {{0.5, 2.5, QString()}});
     QCOMPARE(labels(player.result.faceOverlays), QStringList(identity::person));
-    QVERIFY(player.state.followTarget.selectedFollowTarget.startsWith(u"Following person | "_s));
+    QVERIFY(player.status().startsWith(u"Following person | "_s));
     QVERIFY(player.state.followView.followZoom > 1.0);
     QVERIFY(player.state.followView.followCrop.contains(
         RoomPlayer::faceBox({0.5, 2.5, QString()}).center()));
@@ -135,9 +135,10 @@ void AwarenessPassTest::aPhotographIsRejected() {
     AwarenessState state;
     const AwarenessResult result = pass(state, input);
     QVERIFY(result.faceOverlays.isEmpty());
-    QCOMPARE(result.rejections, QStringList(u"reject Unknown box=900,300 90x90 distance=none "
-                                            "reason=no valid depth/photo-like"_s));
-    QCOMPARE(state.followTarget.selectedFollowTarget, u"No follow target"_s);
+    QCOMPARE(result.rejections.size(), 1);
+    QCOMPARE(rejectionDescription(result.rejections[0]),
+             u"reject Unknown box=900,300 90x90 distance=none reason=no valid depth/photo-like"_s);
+    QCOMPARE(result.follow.choice.selectedFollowTarget, FollowStatus::NoTarget);
 }
 
 void AwarenessPassTest::withLayoutDebugEverythingIsShown() {
@@ -160,8 +161,7 @@ void AwarenessPassTest::theRenamedBodyIsInTheListThatIsShown() {
     player.state.followTarget.lastTavinSeenMs = player.now - 1000;
     player.play({{0.5, 2.0, QString()}});
     QCOMPARE(labels(player.result.faceOverlays), QStringList(identity::possibleOwner));
-    QVERIFY(
-        player.state.followTarget.selectedFollowTarget.startsWith(u"Reacquiring Tavin face | "_s));
+    QVERIFY(player.status().startsWith(u"Reacquiring Tavin face | "_s));
 }
 
 void AwarenessPassTest::theOwnersFaceHidesTheBodyBelowIt() {
@@ -203,38 +203,60 @@ void AwarenessPassTest::theVoiceNeverChangesWhoIsFollowed() {
         QCOMPARE(overlay.speakerNote.isEmpty(), overlay.label == identity::owner);
     QCOMPARE(labels(talking.result.faceOverlays), labels(silent.result.faceOverlays));
     QCOMPARE(talking.state.followView.followCrop, silent.state.followView.followCrop);
-    QCOMPARE(talking.state.followTarget.selectedFollowTarget,
-             silent.state.followTarget.selectedFollowTarget);
+    QCOMPARE(talking.status(), silent.status());
 }
 
 void AwarenessPassTest::theReportHasEveryFieldInItsOrder() {
     AwarenessState state;
-    state.followTarget.selectedFollowTarget = u"Following \"%1\""_s;
     state.followTarget.zoomHoldUntilMs = 17;
     state.followTarget.lastTavinSeenMs = 12;
-    state.followTarget.reacquireMode = true;
     state.followView.followZoom = 2.5;
-    state.followView.targetDistance = 1.25;
-    state.followView.targetCenter = QPoint(3, 4);
     state.followView.smoothedCropCenter = QPointF(5.5, 6);
     state.followView.followCrop = QRect(1, 2, 3, 4);
     state.followView.targetHeadRegion = QRect(5, 6, 7, 8);
     AwarenessResult result;
-    result.rejections = {u"reject a"_s, u"reject b"_s};
+    result.rejections = {
+        {overlays::faceAt(u"a\"%1\""_s, QRect(1, 2, 3, 4), 2.345), RejectionReason::FarWithoutBody},
+        {overlays::face(u"b"_s, QRect()), RejectionReason::DuplicateOfOwner}};
+    result.follow.choice.selectedFollowTarget = FollowStatus::OwnerLost;
+    result.follow.choice.reacquireMode = true;
+    result.follow.targetDistance = 1.25;
     QString line;
     writeAwarenessReport(QDebug(&line), state, result);
     QCOMPARE(line.trimmed(),
              u"Qt awareness overlays: \"\" ignored_background= 2 body_candidates= \"\" "
-             "rejections= \"reject a | reject b\" "
-             "selected_follow_target= \"Following \\\"%1\\\"\" follow_zoom= 2.5 "
+             "rejections= \"reject a\\\"%1\\\" box=1,2 3x4 distance=2.35m "
+             "reason=far face without body evidence | reject b box=0,0 0x0 "
+             "reason=duplicate near Tavin\" "
+             "selected_follow_target= \"Tavin lost, holding last position\" follow_zoom= 2.5 "
              "target_distance= 1.25 zoom_hold_remaining= 17 close_no_zoom_active= false "
              "reacquire_mode= true max_zoom_active= false zoom_reason= \"no target\" "
-             "selected_follow_target= \"Following \\\"%1\\\"\" follow_target_reason= \"none\" "
-             "target_center= QPoint(3,4) smoothed_crop_center= QPointF(5.5,6) "
+             "selected_follow_target= \"Tavin lost, holding last position\" "
+             "follow_target_reason= \"none\" "
+             "target_center= QPoint(0,0) smoothed_crop_center= QPointF(5.5,6) "
              "target_in_safe_zone= true edge_protection_active= false zoom_snap_prevented= false "
              "zoom_smoothing_state= \"idle\" crop_center_smoothing_state= \"idle\" "
              "last_tavin_seen_ms= 12 follow_crop= QRect(1,2 3x4) "
              "estimated_head_region= QRect(5,6 7x8)"_s);
+
+    // What only a moving view has to say, by the same names.
+    FollowPass& pass = result.follow;
+    pass.zoom = {8.0, ZoomReason::Reacquire, true};
+    pass.zoomSnapPrevented = true;
+    pass.zoomStep = ZoomStep{2.5, ZoomDirection::In, 0.1, 8.0};
+    pass.cropStep = CropStep{QRect(1, 2, 3, 4), QPointF(5.5, 6), QPoint(3, 4), 0.52, false};
+    pass.choice.followTargetReason = FollowStatus::Person;
+    line.clear();
+    writeAwarenessReport(QDebug(&line), state, result);
+    QVERIFY(line.contains(
+        u"max_zoom_active= true "
+        "zoom_reason= \"recent Tavin lost/weak, holding aggressive reacquire zoom\" "_s));
+    QVERIFY(line.contains(
+        u"follow_target_reason= \"Following person\" target_center= QPoint(3,4) "
+        "smoothed_crop_center= QPointF(5.5,6) target_in_safe_zone= false "
+        "edge_protection_active= true zoom_snap_prevented= true "
+        "zoom_smoothing_state= \"zoom-in slow alpha 0.10 target 8.0\" "
+        "crop_center_smoothing_state= \"center alpha 0.52 safe_zone false edge true\" "_s));
 }
 
 void AwarenessPassTest::theReportDescribesOverlaysAndCandidates() {

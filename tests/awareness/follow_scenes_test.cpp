@@ -1,3 +1,4 @@
+#include "awareness/follow_texts.h"
 #include "awareness/room_player.h"
 
 #include <QDir>
@@ -86,6 +87,7 @@ struct Frame {
     double seconds;
     FollowView view;
     QString status;
+    QString zoomReason;
 };
 
 QList<Frame> played(const NamedScene& scene) {
@@ -93,8 +95,10 @@ QList<Frame> played(const NamedScene& scene) {
     QList<Frame> frames;
     for (int number = 0; number < scene.seconds * RoomPlayer::fps; ++number) {
         player.play(scene.scene(double(number) / RoomPlayer::fps));
+        const FollowPass& pass = player.result.follow;
         frames.append({double(player.now - RoomPlayer::start) / 1000.0, player.state.followView,
-                       player.state.followTarget.selectedFollowTarget.section(u" | "_s, 0, 0)});
+                       player.status().section(u" | "_s, 0, 0),
+                       followTexts::zoomReason(pass.zoom.zoomReason)});
     }
     return frames;
 }
@@ -121,7 +125,7 @@ QString goldenLine(const Frame& frame) {
     return u"%1,%2,%3,%4,%5,%6,%7,%8"_s.arg(
         QString::number(frame.seconds, 'f', 3), QString::number(view.followZoom, 'f', 3),
         QString::number(crop.x()), QString::number(crop.y()), QString::number(crop.width()),
-        QString::number(crop.height()), frame.status, view.zoomReason);
+        QString::number(crop.height()), frame.status, frame.zoomReason);
 }
 
 const QString goldenHeader = u"seconds,zoom,crop_x,crop_y,crop_width,crop_height,status,reason"_s;

@@ -1,4 +1,5 @@
 #include "awareness/follow_target.h"
+#include "awareness/follow_texts.h"
 #include "awareness/overlays.h"
 
 #include <QTest>
@@ -72,9 +73,13 @@ FollowTarget remembering(const QString& name, int streak) {
     return follow;
 }
 
-/// Index of the overlay that is chosen.
-qsizetype choose(FollowTarget& follow, QList<FaceOverlay> list, qint64 time = now) {
+FollowChoice chosen(FollowTarget& follow, QList<FaceOverlay> list, qint64 time = now) {
     return chooseFollowTarget(follow, list, image, time);
+}
+
+/// Index of the overlay that is chosen.
+qsizetype choose(FollowTarget& follow, const QList<FaceOverlay>& list, qint64 time = now) {
+    return chosen(follow, list, time).overlay;
 }
 
 } // namespace
@@ -104,9 +109,10 @@ void FollowTargetTest::whoIsFollowed() {
     QFETCH(bool, followed);
     QFETCH(QString, status);
     FollowTarget follow;
-    QCOMPARE(choose(follow, {overlay}), followed ? 0 : -1);
-    QCOMPARE(follow.selectedFollowTarget, status);
-    QCOMPARE(follow.followTargetReason, status);
+    const FollowChoice choice = chosen(follow, {overlay});
+    QCOMPARE(choice.overlay, followed ? 0 : -1);
+    QCOMPARE(followTexts::statusName(choice.selectedFollowTarget), status);
+    QCOMPARE(followTexts::statusName(choice.followTargetReason), status);
 }
 
 void FollowTargetTest::theHigherScoreWins_data() {
@@ -170,8 +176,9 @@ void FollowTargetTest::theOwnersBodyKeepsTheOwnersPlace() {
 
 void FollowTargetTest::unscoredOverlaysAreFollowedOnlyWhenRemembered() {
     FollowTarget follow = remembering(u"Guest"_s, 1);
-    QCOMPARE(choose(follow, {stale(overlays::face(u"Guest"_s, place))}), 0);
-    QCOMPARE(follow.selectedFollowTarget, u"No follow target"_s);
+    const FollowChoice choice = chosen(follow, {stale(overlays::face(u"Guest"_s, place))});
+    QCOMPARE(choice.overlay, 0);
+    QCOMPARE(choice.selectedFollowTarget, FollowStatus::NoTarget);
     QCOMPARE(follow.followTargetStreak, 2);
     follow = FollowTarget();
     QCOMPARE(choose(follow, {overlays::face(u"Guest"_s, place)}), -1);
@@ -225,9 +232,9 @@ void FollowTargetTest::theOwnersHeadAndTheHoldAreNoted() {
     QCOMPARE(follow.lastTavinHeadRegion, QRect(0, 100, 100, 120));
     QCOMPARE(follow.zoomHoldUntilMs, now + 5000);
     follow.zoomHoldUntilMs = now + 9000; // a later end stays
-    choose(follow, {owner(1.0)});
+    const FollowChoice choice = chosen(follow, {owner(1.0)});
     QCOMPARE(follow.zoomHoldUntilMs, now + 9000);
-    QVERIFY(!follow.reacquireMode);
+    QVERIFY(!choice.reacquireMode);
 }
 
 void FollowTargetTest::aCloseOwnerEndsTheHoldAtOnce_data() {
@@ -258,13 +265,13 @@ void FollowTargetTest::aBodySoonAfterTheOwnerIsTakenForTheOwner() {
     FollowTarget follow;
     follow.lastTavinSeenMs = now - age;
     QList<FaceOverlay> list{person()};
-    QCOMPARE(chooseFollowTarget(follow, list, image, now), 0);
-    QCOMPARE(follow.reacquireMode, taken);
+    const FollowChoice choice = chooseFollowTarget(follow, list, image, now);
+    QCOMPARE(choice.overlay, 0);
+    QCOMPARE(choice.reacquireMode, taken);
     QCOMPARE(list[0].label, taken ? u"Possible Tavin"_s : u"Person"_s);
     QCOMPARE(list[0].color == QColor(91, 232, 134), taken);
-    QCOMPARE(follow.selectedFollowTarget,
-             taken ? u"Reacquiring Tavin face"_s : u"Following person"_s);
-    QCOMPARE(follow.followTargetReason, u"Following person"_s);
+    QCOMPARE(choice.selectedFollowTarget, taken ? FollowStatus::Reacquiring : FollowStatus::Person);
+    QCOMPARE(choice.followTargetReason, FollowStatus::Person);
     QCOMPARE(follow.followTargetName, u"Person"_s);
 }
 
@@ -272,9 +279,9 @@ void FollowTargetTest::aFaceSoonAfterTheOwnerIsNot() {
     FollowTarget follow;
     follow.lastTavinSeenMs = now - 100;
     QList<FaceOverlay> list{unknown()};
-    chooseFollowTarget(follow, list, image, now);
+    const FollowChoice choice = chooseFollowTarget(follow, list, image, now);
     QCOMPARE(list[0].label, u"Unknown"_s);
-    QVERIFY(!follow.reacquireMode);
+    QVERIFY(!choice.reacquireMode);
 }
 
 void FollowTargetTest::withNobodyTheOwnerIsWaitedFor_data() {
@@ -294,11 +301,12 @@ void FollowTargetTest::withNobodyTheOwnerIsWaitedFor() {
     FollowTarget follow;
     follow.lastTavinSeenMs = seen;
     follow.lastTavinHeadRegion = head;
-    QCOMPARE(choose(follow, {}), -1);
-    QCOMPARE(follow.reacquireMode, waited);
-    QCOMPARE(follow.selectedFollowTarget,
-             waited ? u"Reacquiring Tavin face"_s : u"No follow target"_s);
-    QCOMPARE(follow.followTargetReason, u"No follow target"_s);
+    const FollowChoice choice = chosen(follow, {});
+    QCOMPARE(choice.overlay, -1);
+    QCOMPARE(choice.reacquireMode, waited);
+    QCOMPARE(choice.selectedFollowTarget,
+             waited ? FollowStatus::Reacquiring : FollowStatus::NoTarget);
+    QCOMPARE(choice.followTargetReason, FollowStatus::NoTarget);
 }
 
 void FollowTargetTest::withNobodyTheStreakRunsDown() {

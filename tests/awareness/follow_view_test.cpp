@@ -1,4 +1,4 @@
-#include "awareness/follow_view.h"
+#include "awareness/follow_texts.h"
 #include "awareness/overlays.h"
 
 #include <QTest>
@@ -72,6 +72,20 @@ FollowView settledView(const QRect& crop, double zoom) {
     return view;
 }
 
+FollowChoice choiceOf(FollowStatus status, bool reacquireMode = false) {
+    FollowChoice choice;
+    choice.selectedFollowTarget = choice.followTargetReason = status;
+    choice.reacquireMode = reacquireMode;
+    return choice;
+}
+
+const FollowChoice nobodyChosen = choiceOf(FollowStatus::NoTarget);
+const FollowChoice reacquiring = choiceOf(FollowStatus::Reacquiring, true);
+
+QString zoomReason(const FollowPass& pass) {
+    return followTexts::zoomReason(pass.zoom.zoomReason);
+}
+
 } // namespace
 
 void FollowViewTest::zoomBandsByDistance_data() {
@@ -98,12 +112,11 @@ void FollowViewTest::zoomBandsByDistance_data() {
 void FollowViewTest::zoomBandsByDistance() {
     QFETCH(double, distance_m);
     QFETCH(bool, reacquire);
-    FollowView view;
-    const double zoom = targetZoom(view, unknown(distance_m), image, reacquire);
-    QTEST(zoom, "zoom");
-    QTEST(view.maxZoomActive, "maximum");
-    QCOMPARE(view.closeNoZoomActive, zoom == 1.0);
-    QCOMPARE(view.zoomReason == u"close/no zoom"_s, zoom == 1.0);
+    const TargetZoom zoom = targetZoom(unknown(distance_m), image, reacquire);
+    QTEST(zoom.factor, "zoom");
+    QTEST(zoom.maxZoomActive, "maximum");
+    QCOMPARE(zoom.closeNoZoomActive(), zoom.factor == 1.0);
+    QCOMPARE(followTexts::zoomReason(zoom.zoomReason) == u"close/no zoom"_s, zoom.factor == 1.0);
 }
 
 void FollowViewTest::zoomBandsByFaceHeight_data() {
@@ -126,33 +139,35 @@ void FollowViewTest::zoomBandsByFaceHeight_data() {
 void FollowViewTest::zoomBandsByFaceHeight() {
     QFETCH(int, height);
     QFETCH(bool, reacquire);
-    FollowView view;
     const FaceOverlay face = overlays::face(identity::unknown, QRect(10, 10, 40, height));
-    QTEST(targetZoom(view, face, QSize(200, 100), reacquire), "zoom");
-    QTEST(view.maxZoomActive, "maximum");
-    QCOMPARE(view.closeNoZoomActive, height == 55);
+    const TargetZoom zoom = targetZoom(face, QSize(200, 100), reacquire);
+    QTEST(zoom.factor, "zoom");
+    QTEST(zoom.maxZoomActive, "maximum");
+    QCOMPARE(zoom.closeNoZoomActive(), height == 55);
 }
 
 void FollowViewTest::whyTheZoomIsWhatItIs() {
-    FollowView view;
-    targetZoom(view, unknown(), image, false);
-    QCOMPARE(view.zoomReason, u"face/head target"_s);
-    targetZoom(view, overlays::body(identity::person, head, 2.0), image, false);
-    QCOMPARE(view.zoomReason, u"body/person head target"_s);
-    targetZoom(view, unknown(), image, true);
-    QCOMPARE(view.zoomReason, u"recent Tavin lost/weak, holding aggressive reacquire zoom"_s);
+    const auto reasonFor = [](const FaceOverlay& target, const QSize& size, bool reacquireMode) {
+        return followTexts::zoomReason(targetZoom(target, size, reacquireMode).zoomReason);
+    };
+    for (const QSize& size : {image, QSize()}) { // also before the first colour image
+        QCOMPARE(reasonFor(unknown(), size, false), u"face/head target"_s);
+        QCOMPARE(reasonFor(overlays::body(identity::person, head, 2.0), size, false),
+                 u"body/person head target"_s);
+        QCOMPARE(reasonFor(unknown(), size, true),
+                 u"recent Tavin lost/weak, holding aggressive reacquire zoom"_s);
+    }
 }
 
 void FollowViewTest::anEmptyImageIsNotZoomed() {
     FollowView view;
     FollowTarget follow;
     const FaceOverlay face = unknown(3.0);
-    updateFollowView(view, follow, &face, QSize(), now);
+    updateFollowView(view, follow, choiceOf(FollowStatus::Person), &face, QSize(), now);
     QCOMPARE(view.followZoom, 1.0);
     QCOMPARE(view.followCrop, QRect());
     follow = holding(3000);
-    follow.reacquireMode = true;
-    updateFollowView(view, follow, nullptr, QSize(0, 0), now);
+    updateFollowView(view, follow, reacquiring, nullptr, QSize(0, 0), now);
     QCOMPARE(view.followCrop, QRect());
 }
 
@@ -183,11 +198,10 @@ void FollowViewTest::zoomSteps() {
     QFETCH(double, zoom);
     QFETCH(double, target);
     QFETCH(bool, reacquire);
-    FollowView view;
-    view.followZoom = zoom;
-    smoothZoom(view, target, reacquire);
-    QTEST(view.followZoom, "expected");
-    QTEST(view.zoomSmoothingState, "state");
+    FollowPass pass;
+    pass.zoomStep = smoothedZoom(zoom, target, reacquire);
+    QTEST(pass.zoomStep->zoom, "expected");
+    QTEST(followTexts::zoomSmoothingState(pass), "state");
 }
 
 void FollowViewTest::aZoomCloseToOneSnapsToOne_data() {
@@ -204,10 +218,7 @@ void FollowViewTest::aZoomCloseToOneSnapsToOne_data() {
 void FollowViewTest::aZoomCloseToOneSnapsToOne() {
     QFETCH(double, zoom);
     QFETCH(double, target);
-    FollowView view;
-    view.followZoom = zoom;
-    smoothZoom(view, target, false);
-    QTEST(view.followZoom == 1.0, "snaps");
+    QTEST(smoothedZoom(zoom, target, false).zoom == 1.0, "snaps");
 }
 
 void FollowViewTest::cropSizes_data() {
@@ -247,40 +258,43 @@ void FollowViewTest::theSafeZonesBoundaryIsInside_data() {
 void FollowViewTest::theSafeZonesBoundaryIsInside() {
     QFETCH(QPoint, center);
     QFETCH(bool, inside);
-    FollowView view = settledView(QRect(400, 200, 1000, 400), 2.0);
-    moveFollowCrop(view, QRect(center - QPoint(10, 10), QSize(21, 21)), image, false);
-    QCOMPARE(view.targetCenter, center);
-    QCOMPARE(view.targetInSafeZone, inside);
-    QCOMPARE(view.edgeProtectionActive, !inside);
+    FollowPass pass;
+    pass.cropStep = movedCrop(settledView(QRect(400, 200, 1000, 400), 2.0),
+                              QRect(center - QPoint(10, 10), QSize(21, 21)), image, false);
+    QCOMPARE(pass.targetCenter(), center);
+    QCOMPARE(pass.targetInSafeZone(), inside);
+    QCOMPARE(pass.edgeProtectionActive(), !inside);
 }
 
 void FollowViewTest::theCentreMovesByItsWeight() {
     const QRect crop(480, 270, 960, 540);
     const QRect near(QPoint(1040, 520), QSize(21, 21)); // centre (1050, 530)
     FollowView view = settledView(crop, 2.0);
+    FollowPass pass;
     view.smoothedCropCenter = QPointF(960.5, 540.5);
-    moveFollowCrop(view, near, image, false);
-    QCOMPARE(view.smoothedCropCenter, QPointF(0.2 * 1050 + 0.8 * 960.5, 0.2 * 530 + 0.8 * 540.5));
-    QCOMPARE(view.cropCenterSmoothingState, u"center alpha 0.20 safe_zone true edge false"_s);
+    pass.cropStep = movedCrop(view, near, image, false);
+    QCOMPARE(pass.cropStep->center, QPointF(0.2 * 1050 + 0.8 * 960.5, 0.2 * 530 + 0.8 * 540.5));
+    QCOMPARE(followTexts::cropCenterSmoothingState(pass),
+             u"center alpha 0.20 safe_zone true edge false"_s);
 
-    view = settledView(crop, 2.0);
     view.smoothedCropCenter = QPointF(960, 540);
-    moveFollowCrop(view, near, image, true);
-    QCOMPARE(view.smoothedCropCenter, QPointF(0.34 * 1050 + 0.66 * 960, 0.34 * 530 + 0.66 * 540));
-    QCOMPARE(view.cropCenterSmoothingState, u"center alpha 0.34 safe_zone true edge false"_s);
+    pass.cropStep = movedCrop(view, near, image, true);
+    QCOMPARE(pass.cropStep->center, QPointF(0.34 * 1050 + 0.66 * 960, 0.34 * 530 + 0.66 * 540));
+    QCOMPARE(followTexts::cropCenterSmoothingState(pass),
+             u"center alpha 0.34 safe_zone true edge false"_s);
 
-    view = settledView(crop, 2.0);
-    moveFollowCrop(view, QRect(100, 100, 21, 21), image, true);
-    QCOMPARE(view.cropCenterSmoothingState, u"center alpha 0.52 safe_zone false edge true"_s);
+    pass.cropStep = movedCrop(settledView(crop, 2.0), QRect(100, 100, 21, 21), image, true);
+    QCOMPARE(followTexts::cropCenterSmoothingState(pass),
+             u"center alpha 0.52 safe_zone false edge true"_s);
 }
 
 void FollowViewTest::cropPositionsRoundHalvesAwayFromZero() {
     // An odd crop of 641 pixels around 960.0 starts at 639.5, which becomes 640.
     FollowView view = settledView(QRect(640, 360, 641, 360), 1920.0 / 641.5);
     view.smoothedCropCenter = QPointF(960.0, 540.0);
-    moveFollowCrop(view, QRect(950, 530, 21, 21), image, false);
-    QCOMPARE(view.followCrop.size(), QSize(641, 360));
-    QCOMPARE(view.followCrop.topLeft(), QPoint(640, 360));
+    const CropStep step = movedCrop(view, QRect(950, 530, 21, 21), image, false);
+    QCOMPARE(step.crop.size(), QSize(641, 360));
+    QCOMPARE(step.crop.topLeft(), QPoint(640, 360));
 }
 
 void FollowViewTest::edgeProtectionPullsTheCropAlong_data() {
@@ -305,14 +319,14 @@ void FollowViewTest::edgeProtectionPullsTheCropAlong() {
     QFETCH(QRect, expected);
     FollowView view = settledView(QRect(720, 405, 480, 270), 4.0);
     view.smoothedCropCenter = QPointF(960, 540);
-    moveFollowCrop(view, region, image, false);
-    QVERIFY(view.edgeProtectionActive);
+    const CropStep step = movedCrop(view, region, image, false);
+    QVERIFY(!step.targetInSafeZone);
     if (expected.left() == 720)
-        QCOMPARE(view.followCrop.top(), expected.top());
+        QCOMPARE(step.crop.top(), expected.top());
     else
-        QCOMPARE(view.followCrop.left(), expected.left());
-    QCOMPARE(view.followCrop.size(), expected.size());
-    QCOMPARE(view.smoothedCropCenter, QPointF(view.followCrop.center()));
+        QCOMPARE(step.crop.left(), expected.left());
+    QCOMPARE(step.crop.size(), expected.size());
+    QCOMPARE(step.center, QPointF(step.crop.center()));
 }
 
 void FollowViewTest::theFirstTargetStartsFromTheWholeImage() {
@@ -320,93 +334,91 @@ void FollowViewTest::theFirstTargetStartsFromTheWholeImage() {
     view.followZoom = 6.0; // of a view that was reset since
     FollowTarget follow;
     const FaceOverlay face = unknown(2.2);
-    updateFollowView(view, follow, &face, image, now);
-    QVERIFY(view.zoomSnapPrevented);
+    const FollowChoice choice = choiceOf(FollowStatus::Person);
+    const FollowPass first = updateFollowView(view, follow, choice, &face, image, now);
+    QVERIFY(first.zoomSnapPrevented);
     QCOMPARE(view.followZoom, 1.4); // a tenth of the way from 1 to 5
     QCOMPARE(view.followCrop.width(), 1371);
     QVERIFY(QRect(QPoint(0, 0), image).contains(view.followCrop));
     QCOMPARE(view.targetHeadRegion, head);
-    QCOMPARE(view.targetDistance, 2.2);
-    updateFollowView(view, follow, &face, image, now + 33);
-    QVERIFY(!view.zoomSnapPrevented);
+    QCOMPARE(first.targetDistance, 2.2);
+    QVERIFY(!updateFollowView(view, follow, choice, &face, image, now + 33).zoomSnapPrevented);
 }
 
 void FollowViewTest::theOwnersHoldKeepsAtLeastThree() {
     FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
-    FollowTarget follow = holding(5000);
+    const FollowTarget follow = holding(5000);
     FaceOverlay face = owner(1.2); // alone it would be 1.9
-    updateFollowView(view, follow, &face, image, now);
-    QCOMPARE(view.zoomSmoothingState, u"zoom-in slow alpha 0.10 target 3.0"_s);
-    QVERIFY(!follow.reacquireMode && !view.maxZoomActive);
-    QCOMPARE(view.zoomReason, u"face/head target"_s);
+    FollowPass pass =
+        updateFollowView(view, follow, choiceOf(FollowStatus::Owner), &face, image, now);
+    QCOMPARE(followTexts::zoomSmoothingState(pass), u"zoom-in slow alpha 0.10 target 3.0"_s);
+    QVERIFY(!pass.choice.reacquireMode && !pass.zoom.maxZoomActive);
+    QCOMPARE(zoomReason(pass), u"face/head target"_s);
     face = owner(4.0);
-    updateFollowView(view, follow, &face, image, now);
-    QVERIFY(view.maxZoomActive); // it already was
-    QCOMPARE(view.zoomSmoothingState, u"zoom-in slow alpha 0.10 target 7.0"_s);
+    pass = updateFollowView(view, follow, choiceOf(FollowStatus::Owner), &face, image, now);
+    QVERIFY(pass.zoom.maxZoomActive); // it already was
+    QCOMPARE(followTexts::zoomSmoothingState(pass), u"zoom-in slow alpha 0.10 target 7.0"_s);
 }
 
 void FollowViewTest::theHoldTurnsToAnybodyElseAtFullZoom() {
     FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
-    FollowTarget follow = holding(100);
     const FaceOverlay face = unknown(2.0);
-    updateFollowView(view, follow, &face, image, now);
-    QVERIFY(follow.reacquireMode && view.maxZoomActive);
-    QCOMPARE(view.zoomSmoothingState, u"zoom-in slow alpha 0.16 target 8.0"_s);
+    const FollowPass pass =
+        updateFollowView(view, holding(100), choiceOf(FollowStatus::Person), &face, image, now);
+    QVERIFY(pass.choice.reacquireMode && pass.zoom.maxZoomActive);
+    QCOMPARE(followTexts::zoomSmoothingState(pass), u"zoom-in slow alpha 0.16 target 8.0"_s);
 }
 
 void FollowViewTest::theHoldDoesNotApplyCloseUp() {
     FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
-    FollowTarget follow = holding(5000);
     for (const FaceOverlay& face : {owner(0.9), unknown(0.9)}) {
-        updateFollowView(view, follow, &face, image, now);
-        QVERIFY(view.closeNoZoomActive && !view.maxZoomActive && !follow.reacquireMode);
-        QCOMPARE(view.zoomSmoothingState, u"zoom-out gentle alpha 0.04 target 1.0"_s);
+        const FollowPass pass =
+            updateFollowView(view, holding(5000), choiceOf(FollowStatus::Owner), &face, image, now);
+        QVERIFY(pass.zoom.closeNoZoomActive());
+        QVERIFY(!pass.zoom.maxZoomActive && !pass.choice.reacquireMode);
+        QCOMPARE(followTexts::zoomSmoothingState(pass), u"zoom-out gentle alpha 0.04 target 1.0"_s);
     }
 }
 
 void FollowViewTest::theHoldEndsWithItsTime() {
     FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
-    FollowTarget follow = holding(0);
     const FaceOverlay face = unknown(1.25);
-    updateFollowView(view, follow, &face, image, now);
-    QVERIFY(!follow.reacquireMode);
-    QCOMPARE(view.zoomSmoothingState, u"zoom steady alpha 0.07 target 2.0"_s);
+    const FollowPass pass =
+        updateFollowView(view, holding(0), choiceOf(FollowStatus::Person), &face, image, now);
+    QVERIFY(!pass.choice.reacquireMode);
+    QCOMPARE(followTexts::zoomSmoothingState(pass), u"zoom steady alpha 0.07 target 2.0"_s);
 }
 
 void FollowViewTest::aLostOwnersHeadIsHeld() {
     FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
-    FollowTarget follow = holding(4000);
-    follow.reacquireMode = true; // as the choice of nobody leaves it
-    updateFollowView(view, follow, nullptr, image, now);
-    QCOMPARE(view.zoomReason, u"recent Tavin lost, holding last known head region"_s);
-    QVERIFY(view.maxZoomActive && follow.reacquireMode);
-    QCOMPARE(view.zoomSmoothingState, u"zoom-in slow alpha 0.16 target 8.0"_s);
+    const FollowPass pass = updateFollowView(view, holding(4000), reacquiring, nullptr, image, now);
+    QCOMPARE(zoomReason(pass), u"recent Tavin lost, holding last known head region"_s);
+    QVERIFY(pass.zoom.maxZoomActive && pass.choice.reacquireMode);
+    QCOMPARE(followTexts::zoomSmoothingState(pass), u"zoom-in slow alpha 0.16 target 8.0"_s);
     QCOMPARE(view.targetHeadRegion, head);
-    QCOMPARE(view.targetDistance, 0.0);
+    QCOMPARE(pass.targetDistance, 0.0);
 }
 
 void FollowViewTest::reacquiringAimsAtBothHeads() {
     FollowView view = settledView(QRect(QPoint(0, 0), image), 1.0);
-    FollowTarget follow = holding(4000);
-    follow.reacquireMode = true;
     const FaceOverlay body =
         overlays::body(identity::possibleOwner, QRect(1000, 280, 300, 700), 2.0);
-    updateFollowView(view, follow, &body, image, now);
+    updateFollowView(view, holding(4000), reacquiring, &body, image, now);
     QCOMPARE(view.targetHeadRegion, head | QRect(1032, 280, 234, 224));
 }
 
 void FollowViewTest::withNobodyTheViewResetsAtOnce() {
     FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
     view.targetHeadRegion = head;
-    FollowTarget follow;
-    updateFollowView(view, follow, nullptr, image, now);
+    const FollowTarget follow;
+    const FollowPass pass = updateFollowView(view, follow, nobodyChosen, nullptr, image, now);
     QCOMPARE(view.followZoom, 1.0);
     QCOMPARE(view.followCrop, QRect());
     QCOMPARE(view.targetHeadRegion, QRect());
     QCOMPARE(view.smoothedCropCenter, QPointF());
-    QCOMPARE(view.targetCenter, QPoint(0, 0));
-    QCOMPARE(follow.selectedFollowTarget, u"No follow target"_s);
-    QCOMPARE(view.zoomReason, u"no target"_s);
+    QCOMPARE(pass.targetCenter(), QPoint(0, 0));
+    QCOMPARE(followTexts::selectedFollowTarget(pass, view, follow), u"No follow target"_s);
+    QCOMPARE(zoomReason(pass), u"no target"_s);
 }
 
 void FollowViewTest::aTargetOutsideTheImageKeepsTheHeldCrop() {
@@ -414,88 +426,87 @@ void FollowViewTest::aTargetOutsideTheImageKeepsTheHeldCrop() {
     FollowView view = settledView(crop, 2.04);
     FollowTarget follow = holding(2500);
     follow.lastTavinHeadRegion = QRect();
-    updateFollowView(view, follow, nullptr, image, now);
+    FollowPass pass = updateFollowView(view, follow, nobodyChosen, nullptr, image, now);
     QCOMPARE(view.followCrop, crop);
     QCOMPARE(view.followZoom, 2.04);
-    QCOMPARE(follow.selectedFollowTarget,
+    QCOMPARE(followTexts::selectedFollowTarget(pass, view, follow),
              u"Reacquiring Tavin face | Follow zoom: 2.0x | zoom_hold_remaining=2.5s | "
              "close_no_zoom_active false | reacquire_mode true | max_zoom_active true | "
              "zoom_reason: holding previous crop | zoom_smoothing_state: hold | "
              "crop_center_smoothing_state: hold | last_tavin_seen_ms=1699999999000"_s);
-    QCOMPARE(view.zoomReason, u"Tavin zoom hold active"_s);
-    QCOMPARE(view.zoomSmoothingState, u"idle"_s);
+    QCOMPARE(zoomReason(pass), u"Tavin zoom hold active"_s);
+    QCOMPARE(followTexts::zoomSmoothingState(pass), u"idle"_s);
 
     const FaceOverlay outside = overlays::faceAt(identity::unknown, QRect(5000, 0, 100, 100), 2.0);
-    follow.reacquireMode = false;
-    updateFollowView(view, follow, &outside, image, now);
+    pass = updateFollowView(view, follow, choiceOf(FollowStatus::Person), &outside, image, now);
     QCOMPARE(view.followCrop, crop);
-    QCOMPARE(view.zoomReason, u"face/head target"_s);
+    QCOMPARE(zoomReason(pass), u"face/head target"_s);
 }
 
 void FollowViewTest::aTargetOutsideTheImageResetsWithoutAHold() {
     FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
-    FollowTarget follow;
     const FaceOverlay outside = overlays::faceAt(identity::unknown, QRect(5000, 0, 100, 100), 2.0);
-    updateFollowView(view, follow, &outside, image, now);
+    updateFollowView(view, FollowTarget(), choiceOf(FollowStatus::Person), &outside, image, now);
     QCOMPARE(view.followCrop, QRect());
     QCOMPARE(view.followZoom, 1.0);
 }
 
 void FollowViewTest::aStaleOwnerSaysSo() {
     FollowView view;
-    FollowTarget follow;
-    follow.selectedFollowTarget = u"Following Tavin"_s;
+    const FollowTarget follow;
     FaceOverlay face = owner();
     face.stale = true;
-    updateFollowView(view, follow, &face, image, now);
-    QVERIFY(follow.selectedFollowTarget.startsWith(
-        u"Tavin lost, holding last position | Follow zoom: "_s));
+    const FollowPass pass =
+        updateFollowView(view, follow, choiceOf(FollowStatus::Owner), &face, image, now);
+    QVERIFY(followTexts::selectedFollowTarget(pass, view, follow)
+                .startsWith(u"Tavin lost, holding last position | Follow zoom: "_s));
 }
 
 void FollowViewTest::theStatusTextSaysItAll() {
     FollowView view;
-    FollowTarget follow = holding(4200);
-    follow.selectedFollowTarget = u"Following Tavin"_s;
-    follow.followTargetReason = u"Following %1 Tavin"_s; // a text, not a template
-    const FaceOverlay face = owner(2.2);
-    updateFollowView(view, follow, &face, image, now);
-    QCOMPARE(follow.selectedFollowTarget,
+    const FollowTarget follow = holding(4200);
+    FollowChoice choice = choiceOf(FollowStatus::Owner);
+    choice.followTargetReason = FollowStatus::Reacquiring; // not the same as the status
+    const auto textFor = [&](const FaceOverlay& face) {
+        const FollowPass pass = updateFollowView(view, follow, choice, &face, image, now);
+        return followTexts::selectedFollowTarget(pass, view, follow);
+    };
+    QCOMPARE(textFor(owner(2.2)),
              u"Following Tavin | Follow zoom: 1.4x | target_distance=2.20m | "
              "zoom_hold_remaining=4.2s | close_no_zoom_active false | reacquire_mode false | "
              "max_zoom_active false | target_in_safe_zone true | edge_protection_active false | "
              "zoom_snap_prevented true | zoom_reason: face/head target | "
-             "follow_target_reason: Following %1 Tavin | target_center=959,359 | "
+             "follow_target_reason: Reacquiring Tavin face | target_center=959,359 | "
              "smoothed_crop_center=960,504 | "
              "zoom_smoothing_state: zoom-in slow alpha 0.10 target 5.0 | "
              "crop_center_smoothing_state: center alpha 0.20 safe_zone true edge false | "
              "last_tavin_seen_ms=1699999999000"_s);
 
-    const FaceOverlay close = owner(0.8);
-    follow.selectedFollowTarget = u"Following Tavin"_s;
-    updateFollowView(view, follow, &close, image, now);
-    QVERIFY(follow.selectedFollowTarget.contains(u"x close/no zoom | target_distance=0.80m | "_s));
-    QVERIFY(follow.selectedFollowTarget.contains(u"close_no_zoom_active true"_s));
+    const QString close = textFor(owner(0.8));
+    QVERIFY(close.contains(u"x close/no zoom | target_distance=0.80m | "_s));
+    QVERIFY(close.contains(u"close_no_zoom_active true"_s));
 
-    const FaceOverlay far = owner(4.0);
-    follow.selectedFollowTarget = u"Following Tavin"_s;
-    updateFollowView(view, follow, &far, image, now);
-    QVERIFY(follow.selectedFollowTarget.contains(u"x max | target_distance=4.00m | "_s));
-    QVERIFY(follow.selectedFollowTarget.contains(u"max_zoom_active true"_s));
+    const QString far = textFor(owner(4.0));
+    QVERIFY(far.contains(u"x max | target_distance=4.00m | "_s));
+    QVERIFY(far.contains(u"max_zoom_active true"_s));
 }
 
 void FollowViewTest::everyPassStartsAnew() {
-    FollowView view;
-    FollowTarget follow;
+    FollowView view = settledView(QRect(0, 0, 480, 270), 4.0); // the head is outside its safe zone
+    const FollowTarget follow;
     const FaceOverlay face = owner(4.0);
-    updateFollowView(view, follow, &face, image, now);
-    QVERIFY(view.maxZoomActive && view.zoomSnapPrevented);
-    follow.selectedFollowTarget = u"No follow target"_s;
-    updateFollowView(view, follow, nullptr, image, now + 33);
-    QVERIFY(!view.maxZoomActive && !view.zoomSnapPrevented && !view.closeNoZoomActive);
-    QVERIFY(view.targetInSafeZone && !view.edgeProtectionActive);
-    QCOMPARE(view.zoomSmoothingState, u"idle"_s);
-    QCOMPARE(view.cropCenterSmoothingState, u"idle"_s);
-    QCOMPARE(view.targetDistance, 0.0);
+    FollowPass pass =
+        updateFollowView(view, follow, choiceOf(FollowStatus::Owner), &face, image, now);
+    QVERIFY(pass.zoom.maxZoomActive);
+    QVERIFY(pass.edgeProtectionActive() && !pass.targetInSafeZone());
+    QCOMPARE(pass.targetDistance, 4.0);
+    pass = updateFollowView(view, follow, nobodyChosen, nullptr, image, now + 33);
+    QVERIFY(!pass.zoom.maxZoomActive && !pass.zoomSnapPrevented);
+    QVERIFY(!pass.zoom.closeNoZoomActive());
+    QVERIFY(pass.targetInSafeZone() && !pass.edgeProtectionActive());
+    QCOMPARE(followTexts::zoomSmoothingState(pass), u"idle"_s);
+    QCOMPARE(followTexts::cropCenterSmoothingState(pass), u"idle"_s);
+    QCOMPARE(pass.targetDistance, 0.0);
 }
 
 QTEST_APPLESS_MAIN(FollowViewTest)

@@ -1,5 +1,6 @@
 #include "app/identity.h"
 #include "awareness/awareness_pass.h"
+#include "awareness/follow_texts.h"
 #include "face/face_pass.h"
 #include "face/room_owner.h"
 #include "frame_source.h"
@@ -51,7 +52,8 @@ constexpr int framesPerFacePass = 18;
 struct Moment {
     double seconds;
     FollowView view;
-    QString status;
+    FollowPass pass;
+    QString status; ///< Of the follow target, without what the zoom does.
     QStringList labels;
 };
 
@@ -77,9 +79,8 @@ public:
                 lookForFaces();
                 pass();
             }
-            moments.append({double(number) / kFramesPerSecond, state.followView,
-                            state.followTarget.selectedFollowTarget.section(u" | "_s, 0, 0),
-                            labels()});
+            moments.append(
+                {double(number) / kFramesPerSecond, state.followView, newest, status(), labels()});
             keepPicture(number);
         }
         return moments;
@@ -87,9 +88,10 @@ public:
 
 private:
     void pass() {
-        const AwarenessResult result = runAwarenessPass(state, input, measuredFaces(input), now);
+        const AwarenessResult result = runAwarenessPass(state, input, [this] { return now; });
         input.faceOverlays = result.faceOverlays;
         regions = result.bodyRegions;
+        newest = result.follow;
     }
 
     /// The result is that of the frame before: a pass takes its time.
@@ -104,6 +106,11 @@ private:
     QImage colour() const {
         return QImage(frames.bgrx.data(), frames.colorWidth, frames.colorHeight,
                       QImage::Format_RGB32);
+    }
+
+    QString status() const {
+        return followTexts::selectedFollowTarget(newest, state.followView, state.followTarget)
+            .section(u" | "_s, 0, 0);
     }
 
     QStringList labels() const {
@@ -130,6 +137,7 @@ private:
     virtual_kinect::FrameSet frames;
     AwarenessState state;
     AwarenessInput input;
+    FollowPass newest;
     QList<QRect> regions;
     qint64 now = start;
 };
@@ -170,8 +178,9 @@ QByteArray told(double from, double to) {
         const QRect& crop = moment.view.followCrop;
         lines.append(u"%1 s: %2, zoom %3 (%4), crop %5,%6 %7x%8, sees %9"_s.arg(
             QString::number(moment.seconds, 'f', 1), moment.status,
-            QString::number(moment.view.followZoom, 'f', 2), moment.view.zoomReason,
-            QString::number(crop.x()), QString::number(crop.y()), QString::number(crop.width()),
+            QString::number(moment.view.followZoom, 'f', 2),
+            followTexts::zoomReason(moment.pass.zoom.zoomReason), QString::number(crop.x()),
+            QString::number(crop.y()), QString::number(crop.width()),
             QString::number(crop.height()), moment.labels.join(u", "_s)));
     }
     return lines.join(u'\n').toUtf8();
@@ -204,7 +213,7 @@ void RoomFollowTest::theOwnerIsFollowed() {
 void RoomFollowTest::thereIsNoZoomCloserThanAMetre() {
     const double from = kOwnerVeryClose.from + 0.5;
     const double close = share(from, kOwnerVeryClose.to, [](const Moment& moment) {
-        return moment.view.closeNoZoomActive && moment.status == u"Following Tavin"_s;
+        return moment.pass.zoom.closeNoZoomActive() && moment.status == u"Following Tavin"_s;
     });
     QVERIFY2(close > 0.95, told(from - 2.0, kOwnerVeryClose.to));
     const double wide = share(kOwnerVeryClose.to - 0.5, kOwnerVeryClose.to,

@@ -2,6 +2,7 @@
 
 #include "awareness/awareness_pass.h"
 #include "awareness/depth_scene.h"
+#include "awareness/follow_texts.h"
 #include "awareness/overlays.h"
 
 #include <optional>
@@ -50,6 +51,12 @@ public:
         return QRect(int(1920 * actor.across) - side / 2, int(540 - 0.32 * scale), side, side);
     }
 
+    /// The follow status as the Follow view shows it.
+    QString status() const {
+        return followTexts::selectedFollowTarget(result.follow, state.followView,
+                                                 state.followTarget);
+    }
+
     AwarenessState state;
     AwarenessInput input;
     AwarenessResult result;
@@ -66,7 +73,7 @@ private:
     };
 
     void pass() {
-        result = runAwarenessPass(state, input, measuredFaces(input), now);
+        result = runAwarenessPass(state, input, [this] { return now; });
         input.faceOverlays = result.faceOverlays;
     }
 
