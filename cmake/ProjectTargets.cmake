@@ -34,21 +34,32 @@ function(lumeno_tool name)
   set_property(GLOBAL APPEND PROPERTY LUMENO_TOOLS ${name})
 endfunction()
 
-# lumeno_test(<name> LABELS <unit|gui|e2e|slow>... SOURCES <file>... [LIBRARIES <target>...])
+# lumeno_add_test(<name> LABELS <unit|gui|e2e|slow>... COMMAND <command>... [TIMEOUT <seconds>])
 #
-# One executable and one ctest entry. Budgets by label: unit tests need no application object and no
-# display and end within a second; gui tests run on the offscreen platform; e2e tests start the real
-# executable; slow tests may take minutes. Those with the further label threads are the ones to run
-# under the thread sanitizer.
-function(lumeno_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;SOURCES;LIBRARIES")
-  add_executable(${name} ${arg_SOURCES})
-  target_link_libraries(${name} PRIVATE lumeno_options lumeno_test_support Qt6::Test ${arg_LIBRARIES})
-  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-  add_test(NAME ${name} COMMAND ${name})
+# One ctest entry for a command; a command that is a target runs that target. Budgets by label: unit
+# tests need no application object and no display and end within a second; gui tests run on the
+# offscreen platform; e2e tests start the real program or a script; slow tests may take minutes.
+# Those with the further label threads are the ones to run under the thread sanitizer.
+#
+# The second of a unit test is enforced in optimized builds, with room for a busy machine: a test
+# fails that takes two seconds of processor time, or, since waiting costs none, a minute in all.
+function(lumeno_add_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;COMMAND")
+  set(budget_ms 0)
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
+    if("unit" IN_LIST arg_LABELS AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT LUMENO_SANITIZE)
+      set(budget_ms 2000)
+      set(arg_TIMEOUT 60)
+    endif()
   endif()
+  list(POP_FRONT arg_COMMAND program)
+  if(TARGET ${program})
+    set(program $<TARGET_FILE:${program}>)
+  endif()
+  add_test(NAME ${name}
+    COMMAND ${PROJECT_SOURCE_DIR}/tests/support/run_test.sh ${budget_ms} ${program} ${arg_COMMAND})
+
   set(environment "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;QTEST_FUNCTION_TIMEOUT=${arg_TIMEOUT}000")
   if(LUMENO_SANITIZE MATCHES "address")
     # Freed memory is held back to find late uses of it; some tests watch the program's memory.
@@ -60,11 +71,22 @@ function(lumeno_test name)
       ";TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
   endif()
   set_tests_properties(${name} PROPERTIES
-    LABELS "${arg_LABELS}" TIMEOUT ${arg_TIMEOUT}
+    LABELS "${arg_LABELS}" TIMEOUT ${arg_TIMEOUT} SKIP_RETURN_CODE 77
     ENVIRONMENT "${environment}")
   # Whatever runs workers or watches the clock runs alone: workers yield the processor to others, so
   # beside a busy test they would come to nothing.
   if(NOT arg_LABELS STREQUAL "unit")
     set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
   endif()
+endfunction()
+
+# lumeno_test(<name> LABELS <label>... SOURCES <file>... [LIBRARIES <target>...] [TIMEOUT <seconds>])
+#
+# An executable that uses Qt Test, and its ctest entry.
+function(lumeno_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;SOURCES;LIBRARIES")
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE lumeno_options lumeno_test_support Qt6::Test ${arg_LIBRARIES})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  lumeno_add_test(${name} LABELS ${arg_LABELS} TIMEOUT ${arg_TIMEOUT} COMMAND ${name})
 endfunction()
