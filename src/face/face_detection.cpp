@@ -1,5 +1,8 @@
 #include "face/face_detection.h"
 
+#include "face/cascade_guard.h"
+
+#include <QDebug>
 #include <algorithm>
 #include <filesystem>
 #include <opencv2/imgproc.hpp>
@@ -132,10 +135,15 @@ bool loadCascade(cv::CascadeClassifier& cascade, const std::string& path) {
     if (!std::filesystem::is_regular_file(path, error))
         return false;
     try {
-        return cascade.load(path);
+        if (!cascade.load(path))
+            return false;
     } catch (const std::exception&) {
         return false;
     }
+    const std::string reason = replaceCascadeSearch(cascade, path);
+    if (!reason.empty())
+        qInfo() << "Qt face cascade searched by the library:" << path.c_str() << reason.c_str();
+    return true;
 }
 
 double rectIou(const cv::Rect& a, const cv::Rect& b) {

@@ -17,7 +17,8 @@ struct FaceDetection {
 };
 
 /// Loads a Haar cascade. False when the file is missing, empty, damaged, of another kind or not a
-/// regular file; never throws.
+/// regular file; never throws. It is searched by CascadeSearch where that is known to find the
+/// same; otherwise by the library, and an information line says so.
 bool loadCascade(cv::CascadeClassifier& cascade, const std::string& path);
 
 /// Intersection over union of two boxes, 0 to 1; 0 when either has no area or they do not meet.
