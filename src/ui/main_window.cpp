@@ -72,7 +72,6 @@ MainWindow::~MainWindow() {
 QWidget* MainWindow::buildCentral() {
     auto* root = new QWidget;
     root->setObjectName(u"root"_s);
-    markForLayoutDebug(root, switches.layoutDebug);
     auto* layout = new QVBoxLayout(root);
     layout->setContentsMargins(14, 12, 14, 12);
     layout->setSpacing(10);
@@ -95,7 +94,7 @@ QWidget* MainWindow::buildCentral() {
     layout->addWidget(splitter, 1);
 
     const auto addStatusLine = [&](const QString& text) {
-        QLabel* line = makeWrappedLabel(text, u"muted"_s, switches.layoutDebug);
+        QLabel* line = makeWrappedLabel(text, u"muted"_s);
         line->setTextFormat(Qt::PlainText); // texts of other programs are no mark-up …
         line->setMaximumHeight(statusLineMaximumHeight); // … and may be of any length
         layout->addWidget(line);
@@ -117,9 +116,8 @@ QWidget* MainWindow::buildTopBar() {
     auto* titles = new QVBoxLayout;
     titles->setSpacing(2);
     titles->addWidget(makeLabel(u"Lumeno Control Center"_s, u"appTitle"_s));
-    titles->addWidget(
-        makeWrappedLabel(u"Local Velmor security/control dashboard - Gate 4 live awareness"_s,
-                         u"appSubtitle"_s, switches.layoutDebug));
+    titles->addWidget(makeWrappedLabel(
+        u"Local Velmor security/control dashboard - Gate 4 live awareness"_s, u"appSubtitle"_s));
     auto* heading = new QHBoxLayout;
     heading->addLayout(titles, 1);
     heading->addWidget(statusPill(u"Gate 4"_s, u"safe"_s));
@@ -153,15 +151,15 @@ QPushButton* MainWindow::makeViewButton(const ViewSpec& spec) {
 }
 
 QWidget* MainWindow::buildViewPage(const ViewSpec& spec) {
-    return pageAround(buildMockScene(spec), spec, switches.layoutDebug);
+    return pageAround(buildMockScene(spec), spec);
 }
 
 QLabel* MainWindow::makeLabel(const QString& text, const QString& objectName) const {
-    return ::makeLabel(text, objectName, switches.layoutDebug);
+    return ::makeLabel(text, objectName);
 }
 
 QFrame* MainWindow::buildPanel(const QString& title, const PanelRows& rows) const {
-    return ::buildPanel(title, rows, switches.layoutDebug);
+    return ::buildPanel(title, rows);
 }
 
 QWidget* MainWindow::buildRightPanels() const {
@@ -169,11 +167,11 @@ QWidget* MainWindow::buildRightPanels() const {
 }
 
 QWidget* MainWindow::buildSpeakerHud() const {
-    return ::buildSpeakerHud(switches.demoSpeakerLights, switches.layoutDebug);
+    return ::buildSpeakerHud(switches.demoSpeakerLights);
 }
 
 QFrame* MainWindow::buildMockScene(const ViewSpec& view) {
-    QFrame* frame = contentFrame(view.view, switches.layoutDebug);
+    QFrame* frame = contentFrame(view.view);
     auto* layout = new QVBoxLayout(frame);
     if (isStreamPage(view.view)) {
         layout->setContentsMargins(4, 4, 4, 4);
@@ -203,7 +201,7 @@ QWidget* MainWindow::buildComboStreamView() {
     grid->addWidget(buildTile(tiles.at(0)), 0, 0, 1, comboColumns);
     grid->addWidget(buildTile(tiles.at(1)), 1, 0);
     grid->addWidget(buildTile(tiles.at(2)), 1, 1);
-    grid->addWidget(buildSkeletalTile(switches.layoutDebug), 1, 2);
+    grid->addWidget(buildSkeletalTile(), 1, 2);
     for (int column = 0; column < comboColumns; ++column)
         grid->setColumnStretch(column, 1);
     grid->setRowStretch(0, 5);

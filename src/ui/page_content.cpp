@@ -55,12 +55,12 @@ QWidget* person(const QString& name, bool unknown) {
     return widget;
 }
 
-QLabel* skeletonHint(View view, bool layoutDebug) {
+QLabel* skeletonHint(View view) {
     QLabel* hint = makeWrappedLabel(
         view == View::Skeletal
             ? u"Skeleton/person tracking unavailable. Face/depth awareness is active in Gate 4."_s
             : u"Skeleton tracking is unavailable. Face/depth awareness is active in live mode."_s,
-        u"sceneHint"_s, layoutDebug);
+        u"sceneHint"_s);
     hint->setAlignment(Qt::AlignCenter);
     return hint;
 }
@@ -71,10 +71,9 @@ bool isStreamPage(View view) {
     return view == View::Rgb || view == View::Ir || view == View::Depth || view == View::Combo;
 }
 
-QFrame* contentFrame(View view, bool layoutDebug) {
+QFrame* contentFrame(View view) {
     auto* frame = new QFrame;
     frame->setObjectName(u"mockViewport"_s);
-    markForLayoutDebug(frame, layoutDebug);
     frame->setMinimumHeight(isStreamPage(view) ? 320 : 130);
     frame->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     return frame;
@@ -111,24 +110,22 @@ void addPeopleScene(QVBoxLayout* layout, View view, const CommandLine& switches)
     for (const QString& name : names)
         people->addWidget(person(name, name != names.first()));
     if (names.isEmpty())
-        people->addWidget(skeletonHint(view, switches.layoutDebug), 1);
+        people->addWidget(skeletonHint(view), 1);
     people->addStretch();
     layout->addLayout(people, 1);
-    layout->addWidget(buildSpeakerHud(switches.demoSpeakerLights, switches.layoutDebug));
+    layout->addWidget(buildSpeakerHud(switches.demoSpeakerLights));
 }
 
-QFrame* buildSkeletalTile(bool layoutDebug) {
+QFrame* buildSkeletalTile() {
     auto* tile = new QFrame;
     tile->setObjectName(u"mockViewport"_s);
-    markForLayoutDebug(tile, layoutDebug);
     tile->setMinimumSize(140, 95);
     auto* layout = new QVBoxLayout(tile);
     layout->setContentsMargins(10, 8, 10, 8);
     layout->setSpacing(4);
-    layout->addWidget(makeLabel(u"SKELETAL"_s, u"panelTitle"_s, layoutDebug));
-    layout->addWidget(makeWrappedLabel(u"Unavailable in Gate 4"_s, u"sceneHint"_s, layoutDebug));
-    layout->addWidget(
-        makeWrappedLabel(u"No skeleton backend connected."_s, u"speakerStatus"_s, layoutDebug));
+    layout->addWidget(makeLabel(u"SKELETAL"_s, u"panelTitle"_s));
+    layout->addWidget(makeWrappedLabel(u"Unavailable in Gate 4"_s, u"sceneHint"_s));
+    layout->addWidget(makeWrappedLabel(u"No skeleton backend connected."_s, u"speakerStatus"_s));
     layout->addStretch();
     return tile;
 }
@@ -137,19 +134,18 @@ QWidget* comboContainer() {
     return new ComboContainer;
 }
 
-QWidget* pageAround(QWidget* content, const ViewSpec& view, bool layoutDebug) {
+QWidget* pageAround(QWidget* content, const ViewSpec& view) {
     auto* frame = new PageFrame(content);
     frame->setObjectName(u"viewFrame"_s);
-    markForLayoutDebug(frame, layoutDebug);
     auto* layout = new QVBoxLayout(frame);
     layout->setContentsMargins(10, 8, 10, 8);
     layout->setSpacing(5);
-    layout->addWidget(makeWrappedLabel(view.title, u"currentView"_s, layoutDebug));
-    layout->addWidget(makeWrappedLabel(view.description, u"sceneHint"_s, layoutDebug));
+    layout->addWidget(makeWrappedLabel(view.title, u"currentView"_s));
+    layout->addWidget(makeWrappedLabel(view.description, u"sceneHint"_s));
     layout->addWidget(content, 1);
     layout->addWidget(makeWrappedLabel(u"One stable person: Follow View | Multiple people: Room "
                                        "Overview | Lost grace: 5 sec | No rapid mode flicker"_s,
-                                       u"muted"_s, layoutDebug));
+                                       u"muted"_s));
 
     QScrollArea* page = scrollAreaAround(frame);
     page->setMinimumSize(0, 0);

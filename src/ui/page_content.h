@@ -14,7 +14,7 @@ class QWidget;
 bool isStreamPage(View view);
 
 /// The empty frame that holds a page's content, higher for pages of live streams alone.
-QFrame* contentFrame(View view, bool layoutDebug);
+QFrame* contentFrame(View view);
 
 /// The two status pills above the content of a page that is not of live streams alone.
 QHBoxLayout* pillRow(View view, bool demoUi);
@@ -27,7 +27,7 @@ QStringList demoPeople(View view, bool demoUi);
 void addPeopleScene(QVBoxLayout* layout, View view, const CommandLine& switches);
 
 /// The tile of the Combo view that says why there is no skeleton.
-QFrame* buildSkeletalTile(bool layoutDebug);
+QFrame* buildSkeletalTile();
 
 /// The empty widget of the Combo view's grid. It does not ask for a height that suits its width,
 /// which would be the tiles' preferred one, but takes what is there.
@@ -35,4 +35,4 @@ QWidget* comboContainer();
 
 /// A page: heading, description, `content` and the footer line, in a scroll
 /// area. It fills the view and scrolls only where the view is lower than the page can be.
-QWidget* pageAround(QWidget* content, const ViewSpec& view, bool layoutDebug);
+QWidget* pageAround(QWidget* content, const ViewSpec& view);

@@ -45,24 +45,18 @@ PanelRows safetyRows() {
     };
 }
 
-void markForLayoutDebug(QWidget* widget, bool layoutDebug) {
-    if (layoutDebug)
-        widget->setProperty("layoutDebug", true);
-}
-
-QLabel* makeLabel(const QString& text, const QString& objectName, bool layoutDebug) {
+QLabel* makeLabel(const QString& text, const QString& objectName) {
     auto* label = new QLabel(text);
     // Some labels show texts of drivers and of other programs.
     label->setTextFormat(Qt::PlainText);
     label->setTextInteractionFlags(Qt::NoTextInteraction);
     if (!objectName.isEmpty())
         label->setObjectName(objectName);
-    markForLayoutDebug(label, layoutDebug);
     return label;
 }
 
-QLabel* makeWrappedLabel(const QString& text, const QString& objectName, bool layoutDebug) {
-    QLabel* label = makeLabel(text, objectName, layoutDebug);
+QLabel* makeWrappedLabel(const QString& text, const QString& objectName) {
+    QLabel* label = makeLabel(text, objectName);
     label->setWordWrap(true);
     return label;
 }
@@ -77,25 +71,24 @@ QLabel* statusPill(const QString& text, const QString& state) {
     return pill;
 }
 
-QFrame* buildPanel(const QString& title, const PanelRows& rows, bool layoutDebug) {
+QFrame* buildPanel(const QString& title, const PanelRows& rows) {
     auto* panel = new QFrame;
     panel->setObjectName(u"panel"_s);
-    markForLayoutDebug(panel, layoutDebug);
     auto* layout = new QVBoxLayout(panel);
     layout->setContentsMargins(12, 10, 12, 10);
     layout->setSpacing(6);
 
-    layout->addWidget(makeWrappedLabel(title, u"panelTitle"_s, layoutDebug));
+    layout->addWidget(makeWrappedLabel(title, u"panelTitle"_s));
     auto* divider = new QFrame;
     divider->setFrameShape(QFrame::HLine);
     divider->setObjectName(u"divider"_s);
     layout->addWidget(divider);
 
     for (const auto& [keyText, valueText] : rows) {
-        QLabel* value = makeWrappedLabel(valueText, u"valueLabel"_s, layoutDebug);
+        QLabel* value = makeWrappedLabel(valueText, u"valueLabel"_s);
         value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         auto* row = new QHBoxLayout;
-        row->addWidget(makeWrappedLabel(keyText, u"keyLabel"_s, layoutDebug), 1);
+        row->addWidget(makeWrappedLabel(keyText, u"keyLabel"_s), 1);
         row->addWidget(value, 1);
         layout->addLayout(row);
     }
@@ -119,11 +112,9 @@ QScrollArea* buildRightPanels(const CommandLine& switches) {
     auto* layout = new QVBoxLayout(container);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(10);
-    layout->addWidget(
-        buildPanel(u"ROOM AWARENESS"_s, roomAwarenessRows(switches), switches.layoutDebug));
-    layout->addWidget(
-        buildPanel(u"SENSOR STATUS"_s, sensorStatusRows(switches), switches.layoutDebug));
-    layout->addWidget(buildPanel(u"SAFETY / TRUST"_s, safetyRows(), switches.layoutDebug));
+    layout->addWidget(buildPanel(u"ROOM AWARENESS"_s, roomAwarenessRows(switches)));
+    layout->addWidget(buildPanel(u"SENSOR STATUS"_s, sensorStatusRows(switches)));
+    layout->addWidget(buildPanel(u"SAFETY / TRUST"_s, safetyRows()));
     layout->addStretch();
 
     QScrollArea* area = scrollAreaAround(container);

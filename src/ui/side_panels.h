@@ -21,23 +21,20 @@ PanelRows sensorStatusRows(const CommandLine& switches);
 PanelRows safetyRows();
 
 /// A label without a parent that takes no mouse and shows `text` literally, mark-up included. An
-/// empty `objectName` leaves it without a name. `layoutDebug` marks it for the debug outline.
-QLabel* makeLabel(const QString& text, const QString& objectName, bool layoutDebug);
+/// empty `objectName` leaves it without a name.
+QLabel* makeLabel(const QString& text, const QString& objectName);
 
 /// As makeLabel, with its text wrapped where the line is too short for it.
-QLabel* makeWrappedLabel(const QString& text, const QString& objectName, bool layoutDebug);
+QLabel* makeWrappedLabel(const QString& text, const QString& objectName);
 
 /// A small centred tag; `state` ("pending", "safe" or "warn") chooses its colours.
 QLabel* statusPill(const QString& text, const QString& state);
 
 /// A titled frame with one line per row.
-QFrame* buildPanel(const QString& title, const PanelRows& rows, bool layoutDebug);
+QFrame* buildPanel(const QString& title, const PanelRows& rows);
 
 /// The scrollable column of the three panels.
 QScrollArea* buildRightPanels(const CommandLine& switches);
-
-/// Marks a widget for the debug outline when `layoutDebug`; otherwise leaves it as it is.
-void markForLayoutDebug(QWidget* widget, bool layoutDebug);
 
 /// A frameless, vertically scrolling area around `content` that lets the window's background
 /// through.

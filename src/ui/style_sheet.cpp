@@ -1,7 +1,10 @@
 #include "ui/style_sheet.h"
 
+#include <QLabel>
 #include <QPalette>
 #include <QScrollBar>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -99,6 +102,23 @@ QPalette scrollBarPalette() {
     return palette;
 }
 
+/// Whether the layout-debug mode outlines a widget: labels and the frames that hold others, but not
+/// what has a shape of its own.
+bool isOutlined(const QWidget* widget) {
+    const QString name = widget->objectName();
+    if (qobject_cast<const QLabel*>(widget))
+        return name != u"statusPill"_s && name != u"personName"_s;
+    return name == u"root"_s || name == u"viewFrame"_s || name == u"panel"_s ||
+           name == u"mockViewport"_s;
+}
+
+void markForLayoutDebug(const QWidget* window) {
+    for (QWidget* widget : window->findChildren<QWidget*>()) {
+        if (isOutlined(widget))
+            widget->setProperty("layoutDebug", true);
+    }
+}
+
 } // namespace
 
 QString applicationStyleSheet() {
@@ -115,6 +135,8 @@ QFrame#mockViewport[layoutDebug="true"] {
 }
 
 void applyLook(QWidget* window, bool layoutDebug) {
+    if (layoutDebug)
+        markForLayoutDebug(window);
     window->setStyleSheet(applicationStyleSheet() +
                           (layoutDebug ? layoutDebugStyleSheet() : QString()));
     // Under a style sheet a palette does not reach a widget's children.

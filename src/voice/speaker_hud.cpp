@@ -28,28 +28,26 @@ QHBoxLayout* buildLights(bool demoLights) {
     return row;
 }
 
-QLabel* caption(const QString& text, bool layoutDebug) {
-    QLabel* label = makeWrappedLabel(text, u"speakerStatus"_s, layoutDebug);
+QLabel* caption(const QString& text) {
+    QLabel* label = makeWrappedLabel(text, u"speakerStatus"_s);
     label->setAlignment(Qt::AlignCenter);
     return label;
 }
 
 } // namespace
 
-QWidget* buildSpeakerHud(bool demoLights, bool layoutDebug) {
+QWidget* buildSpeakerHud(bool demoLights) {
     auto* hud = new QWidget;
     auto* layout = new QVBoxLayout(hud);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(6);
     layout->addLayout(buildLights(demoLights));
     if (demoLights) {
-        layout->addWidget(
-            caption(u"DEMO speaker lights: Tavin / Quill / Renn visual test only"_s, layoutDebug));
+        layout->addWidget(caption(u"DEMO speaker lights: Tavin / Quill / Renn visual test only"_s));
     } else {
+        layout->addWidget(caption(u"Speaker lights: inactive / no live direction data"_s));
         layout->addWidget(
-            caption(u"Speaker lights: inactive / no live direction data"_s, layoutDebug));
-        layout->addWidget(caption(
-            u"Speaker direction: event JSON status; inactive when stale/stopped"_s, layoutDebug));
+            caption(u"Speaker direction: event JSON status; inactive when stale/stopped"_s));
     }
     return hud;
 }

@@ -1,4 +1,5 @@
 #include "ui/side_panels.h"
+#include "ui/style_sheet.h"
 
 #include <QFrame>
 #include <QLabel>
@@ -92,7 +93,7 @@ void SidePanelsTest::panelRows() {
 }
 
 void SidePanelsTest::labelTakesNoMouseAndShowsItsTextLiterally() {
-    const std::unique_ptr<QLabel> label(makeLabel(u"<b>100%</b>"_s, u"muted"_s, false));
+    const std::unique_ptr<QLabel> label(makeLabel(u"<b>100%</b>"_s, u"muted"_s));
     QCOMPARE(label->text(), u"<b>100%</b>"_s);
     QCOMPARE(label->textFormat(), Qt::PlainText);
     QCOMPARE(label->objectName(), u"muted"_s);
@@ -102,17 +103,20 @@ void SidePanelsTest::labelTakesNoMouseAndShowsItsTextLiterally() {
 }
 
 void SidePanelsTest::labelWithoutANameStaysUnnamed() {
-    const std::unique_ptr<QLabel> label(makeLabel(u"x"_s, QString(), false));
+    const std::unique_ptr<QLabel> label(makeLabel(u"x"_s, QString()));
     QVERIFY(label->objectName().isEmpty());
 }
 
 void SidePanelsTest::layoutDebugMarksLabelsAndPanels() {
-    const std::unique_ptr<QFrame> marked(buildPanel(u"T"_s, {{u"k"_s, u"v"_s}}, true));
+    QWidget window;
+    QFrame* marked = buildPanel(u"T"_s, {{u"k"_s, u"v"_s}});
+    marked->setParent(&window);
+    applyLook(&window, true);
     QCOMPARE(marked->property("layoutDebug"), QVariant(true));
     for (const QLabel* label : marked->findChildren<QLabel*>())
         QCOMPARE(label->property("layoutDebug"), QVariant(true));
 
-    const std::unique_ptr<QFrame> plain(buildPanel(u"T"_s, {{u"k"_s, u"v"_s}}, false));
+    const std::unique_ptr<QFrame> plain(buildPanel(u"T"_s, {{u"k"_s, u"v"_s}}));
     QVERIFY(!plain->property("layoutDebug").isValid());
 }
 
@@ -136,8 +140,7 @@ void SidePanelsTest::pill() {
 }
 
 void SidePanelsTest::panelHasTitleDividerAndRowsInOrder() {
-    const std::unique_ptr<QFrame> panel(
-        buildPanel(u"SENSOR STATUS"_s, sensorStatusRows({}), false));
+    const std::unique_ptr<QFrame> panel(buildPanel(u"SENSOR STATUS"_s, sensorStatusRows({})));
     QCOMPARE(panel->objectName(), u"panel"_s);
     QCOMPARE(panel->layout()->contentsMargins(), QMargins(12, 10, 12, 10));
     QCOMPARE(panel->layout()->spacing(), 6);

@@ -11,19 +11,20 @@
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 /// A widget with the style sheet that holds `content` at its top left, at its own size.
-std::unique_ptr<QWidget> styled(QWidget* content) {
+std::unique_ptr<QWidget> styled(QWidget* content, bool layoutDebug = false) {
     auto holder = std::make_unique<QWidget>();
     holder->setObjectName(u"root"_s);
     holder->setAttribute(Qt::WA_StyledBackground);
-    applyLook(holder.get(), true);
     auto* layout = new QVBoxLayout(holder.get());
     layout->addWidget(content, 0, Qt::AlignLeft | Qt::AlignTop);
+    applyLook(holder.get(), layoutDebug);
     holder->resize(700, 400);
     holder->grab(); // Lays out and polishes without a window.
     return holder;
@@ -102,7 +103,7 @@ void StyleSheetTest::lightsAreGreyGreenOrBlue_data() {
 
 void StyleSheetTest::lightsAreGreyGreenOrBlue() {
     QFETCH(bool, demo);
-    const auto holder = styled(buildSpeakerHud(demo, false));
+    const auto holder = styled(buildSpeakerHud(demo));
     QStringList fills;
     for (QFrame* light : holder->findChildren<QFrame*>(u"speakerLight"_s))
         fills.append(pixelOf(light, light->rect().center()).name());
@@ -125,13 +126,13 @@ void StyleSheetTest::silhouettesAreGreenOrBlue() {
 }
 
 void StyleSheetTest::panelsAndFramesHaveTheirColours() {
-    QFrame* panel = buildPanel(u"T"_s, {{u"k"_s, u"v"_s}}, false);
+    QFrame* panel = buildPanel(u"T"_s, {{u"k"_s, u"v"_s}});
     const auto holder = styled(panel);
     QCOMPARE(pixelOf(panel, {5, panel->height() / 2}), QColor(u"#121821"_s));
     QCOMPARE(pixelOf(panel, borderOf(panel)), QColor(u"#2a3443"_s));
     QCOMPARE(pixelOf(holder.get(), {690, 390}), QColor(u"#0d1118"_s));
 
-    QFrame* viewport = contentFrame(View::Rgb, false);
+    QFrame* viewport = contentFrame(View::Rgb);
     const auto other = styled(viewport);
     viewport->setFixedSize(300, 320);
     QCOMPARE(pixelOf(viewport, borderOf(viewport)), QColor(u"#344254"_s));
@@ -152,7 +153,7 @@ void StyleSheetTest::viewButtonsShowTheCheckedOne() {
 }
 
 void StyleSheetTest::dividerIsAThinLine() {
-    QFrame* panel = buildPanel(u"A long enough title"_s, {}, false);
+    QFrame* panel = buildPanel(u"A long enough title"_s, {});
     const auto holder = styled(panel);
     auto* divider = panel->findChild<QFrame*>(u"divider"_s);
     QVERIFY2(divider->height() <= 3, "a line and its frame");
@@ -160,22 +161,23 @@ void StyleSheetTest::dividerIsAThinLine() {
 }
 
 void StyleSheetTest::layoutDebugOutlineIsDashedAmber_data() {
-    QTest::addColumn<QWidget*>("marked");
-    QTest::addColumn<QWidget*>("plain");
-    const auto add = [](const char* name, auto make) {
-        QTest::newRow(name) << static_cast<QWidget*>(make(true))
-                            << static_cast<QWidget*>(make(false));
-    };
-    add("label", [](bool on) { return makeLabel(u"a label long enough"_s, u"muted"_s, on); });
-    add("title", [](bool on) { return makeLabel(u"a title long enough"_s, u"appTitle"_s, on); });
-    add("panel", [](bool on) { return buildPanel(u"A PANEL"_s, {{u"k"_s, u"v"_s}}, on); });
-    add("viewport", [](bool on) { return contentFrame(View::Rgb, on); });
-    add("skeletal tile", [](bool on) { return buildSkeletalTile(on); });
+    QTest::addColumn<std::function<QWidget*()>>("make");
+    QTest::addColumn<bool>("outlined");
+    const auto add = [](const char* name, const std::function<QWidget*()>& make,
+                        bool outlined = true) { QTest::newRow(name) << make << outlined; };
+    add("label", [] { return makeLabel(u"a label long enough"_s, u"muted"_s); });
+    add("unnamed label", [] { return makeLabel(u"a label long enough"_s, QString()); });
+    add("title", [] { return makeLabel(u"a title long enough"_s, u"appTitle"_s); });
+    add("panel", [] { return buildPanel(u"A PANEL"_s, {{u"k"_s, u"v"_s}}); });
+    add("viewport", [] { return contentFrame(View::Rgb); });
+    add("skeletal tile", [] { return buildSkeletalTile(); });
+    add(
+        "pill", [] { return statusPill(u"a pill long enough"_s, u"safe"_s); }, false);
 }
 
 void StyleSheetTest::layoutDebugOutlineIsDashedAmber() {
-    const auto amberInTopRow = [](QWidget* widget) {
-        const auto holder = styled(widget);
+    const auto amberInTopRow = [](QWidget* widget, bool layoutDebug) {
+        const auto holder = styled(widget, layoutDebug);
         widget->setMinimumWidth(200);
         const QImage image = widget->grab().toImage();
         int amber = 0;
@@ -186,11 +188,12 @@ void StyleSheetTest::layoutDebugOutlineIsDashedAmber() {
         }
         return 100 * amber / image.width();
     };
-    QFETCH(QWidget*, marked);
-    QFETCH(QWidget*, plain);
-    const int percent = amberInTopRow(marked);
-    QVERIFY2(percent > 20 && percent < 90, qPrintable(QString::number(percent)));
-    QCOMPARE(amberInTopRow(plain), 0);
+    QFETCH(std::function<QWidget*()>, make);
+    QFETCH(bool, outlined);
+    const int percent = amberInTopRow(make(), true);
+    QVERIFY2(outlined ? percent > 20 && percent < 90 : percent == 0,
+             qPrintable(QString::number(percent)));
+    QCOMPARE(amberInTopRow(make(), false), 0);
 }
 
 QTEST_MAIN(StyleSheetTest)

@@ -1,5 +1,7 @@
 #include "voice/speaker_hud.h"
 
+#include "ui/style_sheet.h"
+
 #include <QFrame>
 #include <QLabel>
 #include <QTest>
@@ -25,7 +27,7 @@ void SpeakerHudTest::sixLights_data() {
 
 void SpeakerHudTest::sixLights() {
     QFETCH(bool, demo);
-    const std::unique_ptr<QWidget> hud(buildSpeakerHud(demo, false));
+    const std::unique_ptr<QWidget> hud(buildSpeakerHud(demo));
     QString pattern;
     for (const QFrame* light : hud->findChildren<QFrame*>(u"speakerLight"_s)) {
         QVERIFY(light->property("active").isValid() && light->property("unknown").isValid());
@@ -51,7 +53,8 @@ void SpeakerHudTest::captions_data() {
 
 void SpeakerHudTest::captions() {
     QFETCH(bool, demo);
-    const std::unique_ptr<QWidget> hud(buildSpeakerHud(demo, true));
+    const std::unique_ptr<QWidget> hud(buildSpeakerHud(demo));
+    applyLook(hud.get(), true);
     QStringList texts;
     for (const QLabel* label : hud->findChildren<QLabel*>(u"speakerStatus"_s)) {
         texts.append(label->text());
