@@ -4,26 +4,17 @@
 
 #include <utility>
 
-namespace {
-
-/// As QImage::scaled() has it.
-QSize fittedSize(const QSize& size, const QSize& area) {
-    return size.scaled(area, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
-}
-
-} // namespace
-
-const QImage& FittedPicture::fit(const StreamFrame& frame, const QSize& area) {
-    if (frame.identity() == fittedFrame && area == fittedArea)
+const QImage& FittedPicture::fit(const StreamFrame& frame, const QSize& pixels) {
+    if (frame.identity() == fittedFrame && pixels == fittedPixels)
         return picture;
     const QImage source = frame.image();
-    picture = smoothlyShrunk(source, fittedSize(source.size(), area), std::move(picture));
+    picture = smoothlyShrunk(source, pixels, std::move(picture));
     if (picture.isNull()) {
         const bool threeBytes = source.format() == QImage::Format_RGB888;
         picture = (threeBytes ? source.convertToFormat(QImage::Format_RGB32) : source)
-                      .scaled(area, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+                      .scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     }
     fittedFrame = frame.identity();
-    fittedArea = area;
+    fittedPixels = pixels;
     return picture;
 }

@@ -46,9 +46,17 @@ QRect streamGeometry::sourceRect(const QRect& crop, const QSize& imageSize) {
     return inside.isEmpty() ? QRect() : inside;
 }
 
-QPoint streamGeometry::centredIn(const QRect& area, const QSize& size) {
-    return {area.left() + (area.width() - size.width()) / 2,
-            area.top() + (area.height() - size.height()) / 2};
+QRect streamGeometry::fittedIn(const QRect& area, const QSize& imageSize) {
+    const QSize size = imageSize.scaled(area.size(), Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+    return {QPoint(area.left() + (area.width() - size.width()) / 2,
+                   area.top() + (area.height() - size.height()) / 2),
+            size};
+}
+
+QRect streamGeometry::devicePixels(const QRectF& onDevice) {
+    const QPoint topLeft = onDevice.topLeft().toPoint();
+    const QPoint end = onDevice.bottomRight().toPoint();
+    return QRect(topLeft, QSize(end.x() - topLeft.x(), end.y() - topLeft.y()).expandedTo({1, 1}));
 }
 
 std::optional<QRect> streamGeometry::screenBox(const QRect& box, const ImagePlacement& placement) {

@@ -2,6 +2,7 @@
 
 #include <QPoint>
 #include <QRect>
+#include <QRectF>
 #include <QSize>
 #include <optional>
 
@@ -13,8 +14,12 @@ namespace streamGeometry {
 /// image is shown, without an offset) when the crop is null or reversed or lies outside.
 QRect sourceRect(const QRect& crop, const QSize& imageSize);
 
-/// Top left at which a picture stands in the middle of an area; halves are truncated.
-QPoint centredIn(const QRect& area, const QSize& size);
+/// The picture of an image that is scaled to fit `area` with its aspect ratio kept, in the middle
+/// of the area: at least 1 x 1 pixels, halves of pixels truncated.
+QRect fittedIn(const QRect& area, const QSize& imageSize);
+
+/// The whole device pixels that a rectangle of logical pixels covers, each edge at the nearest one.
+QRect devicePixels(const QRectF& onDevice);
 
 /// How a part of an image stands on the widget.
 struct ImagePlacement {

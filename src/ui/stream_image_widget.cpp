@@ -81,12 +81,15 @@ bool StreamImageWidget::paintPicture(QPainter& painter, const QRect& area) {
         return false;
     const QRect source = streamGeometry::sourceRect(sourceCrop, frame.size());
     const StreamFrame shown = source.isEmpty() ? frame : frame.cropped(source);
-    const QImage& picture = fittedPicture.fit(shown, area.size());
-    const QPoint corner = streamGeometry::centredIn(area, picture.size());
-    painter.drawImage(corner, picture);
-    if (!picture.isNull())
-        streamPainting::paintOverlays(painter, overlays,
-                                      {source, shown.size(), QRect(corner, picture.size())});
+    const QRect target = streamGeometry::fittedIn(area, shown.size());
+    // Scaled to the screen's own pixels and put there one by one, whatever a logical pixel is.
+    const QTransform toDevice = painter.deviceTransform();
+    const QRect pixels = streamGeometry::devicePixels(toDevice.mapRect(QRectF(target)));
+    const QTransform logical = painter.worldTransform();
+    painter.setWorldTransform(toDevice.inverted() * logical);
+    painter.drawImage(pixels.topLeft(), fittedPicture.fit(shown, pixels.size()));
+    painter.setWorldTransform(logical);
+    streamPainting::paintOverlays(painter, overlays, {source, shown.size(), target});
     if (!sourceCropLabel.isEmpty())
         streamPainting::paintBanner(painter, sourceCropLabel, width());
     return true;

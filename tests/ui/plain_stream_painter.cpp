@@ -168,7 +168,20 @@ bool picture(QPainter& p, const StreamScene& scene, const QRect& area, int widge
     const QRect image(area.left() + (area.width() - scaled.width()) / 2,
                       area.top() + (area.height() - scaled.height()) / 2, scaled.width(),
                       scaled.height());
-    p.drawImage(image.topLeft(), scaled);
+    if (const qreal ratio = p.device()->devicePixelRatio(); ratio == 1.0) {
+        p.drawImage(image.topLeft(), scaled);
+    } else { // as many pixels as the device has there, put there without another scaling
+        const int left = qRound(image.left() * ratio);
+        const int top = qRound(image.top() * ratio);
+        const QSize pixels(qRound((image.left() + image.width()) * ratio) - left,
+                           qRound((image.top() + image.height()) * ratio) - top);
+        p.save();
+        p.scale(1.0 / ratio, 1.0 / ratio);
+        p.drawImage(left, top,
+                    shown.convertToFormat(QImage::Format_RGB32)
+                        .scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+        p.restore();
+    }
     for (const FaceOverlay& each : scene.overlays)
         overlay(p, each, source, shown.size(), image);
     if (!scene.label.isEmpty())

@@ -32,6 +32,7 @@ private Q_SLOTS:
     void theSourceIsWhatACropSharesWithTheImage_data();
     void theSourceIsWhatACropSharesWithTheImage();
     void aPictureStandsInTheMiddle();
+    void devicePixelsLieAtTheNearestEdges();
     void aBoxIsScaledTruncatedAndClipped_data();
     void aBoxIsScaledTruncatedAndClipped();
     void anyOrdinaryBoxFollowsTheFormula();
@@ -70,8 +71,19 @@ void StreamGeometryTest::theSourceIsWhatACropSharesWithTheImage() {
 
 void StreamGeometryTest::aPictureStandsInTheMiddle() {
     const QRect area(6, 6, 101, 51);
-    QCOMPARE(centredIn(area, QSize(100, 51)), QPoint(6, 6));
-    QCOMPARE(centredIn(area, QSize(99, 20)), QPoint(7, 21));
+    QCOMPARE(fittedIn(area, QSize(100, 51)), QRect(6, 6, 100, 51));
+    QCOMPARE(fittedIn(area, QSize(99, 20)), QRect(6, 21, 101, 20));
+    QCOMPARE(fittedIn(area, QSize(50, 102)), QRect(44, 6, 25, 51));
+    QCOMPARE(fittedIn(area, QSize(4000, 1)), QRect(6, 31, 101, 1));
+}
+
+void StreamGeometryTest::devicePixelsLieAtTheNearestEdges() {
+    QCOMPARE(devicePixels({10.0, 20.0, 30.0, 40.0}), QRect(10, 20, 30, 40));
+    QCOMPARE(devicePixels({10.5, 20.4, 30.0, 40.0}), QRect(11, 20, 30, 40));
+    // Two rectangles that share an edge share it on the device too.
+    QCOMPARE(devicePixels({1.5, 0.0, 1.5, 1.5}), QRect(2, 0, 1, 2));
+    QCOMPARE(devicePixels({3.0, 0.0, 1.5, 1.5}), QRect(3, 0, 2, 2));
+    QCOMPARE(devicePixels({5.0, 5.0, 0.1, 0.1}), QRect(5, 5, 1, 1));
 }
 
 void StreamGeometryTest::aBoxIsScaledTruncatedAndClipped_data() {

@@ -49,8 +49,8 @@ private Q_SLOTS:
     void hasItsNameSizesAndPolicy();
     void everySceneIsPaintedAsStepByStep_data();
     void everySceneIsPaintedAsStepByStep();
-    void highDensityScreensShowTheLogicalPicture_data();
-    void highDensityScreensShowTheLogicalPicture();
+    void highDensityScreensShowTheirOwnPixels_data();
+    void highDensityScreensShowTheirOwnPixels();
     void theWidgetFontOfTheStyleSheetIsUsed();
     void withoutAnImageOnlyThePlaceholderIsShown();
     void aNullImageBringsThePlaceholderBack();
@@ -138,13 +138,13 @@ void StreamImageWidgetTest::everySceneIsPaintedAsStepByStep() {
     QVERIFY2(difference.isEmpty(), qPrintable(difference));
 }
 
-void StreamImageWidgetTest::highDensityScreensShowTheLogicalPicture_data() {
+void StreamImageWidgetTest::highDensityScreensShowTheirOwnPixels_data() {
     QTest::addColumn<qreal>("ratio");
     for (const qreal ratio : {1.25, 1.5, 2.0, 3.0})
         QTest::addRow("%g", ratio) << ratio;
 }
 
-void StreamImageWidgetTest::highDensityScreensShowTheLogicalPicture() {
+void StreamImageWidgetTest::highDensityScreensShowTheirOwnPixels() {
     QFETCH(qreal, ratio);
     StreamScene scene = sceneWithImage();
     scene.overlays = overlaysOfEveryKind();
