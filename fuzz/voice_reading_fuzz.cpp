@@ -27,7 +27,7 @@ void checkRecord(const VoiceDirectionStatus& status, const VoiceFiles& files, qi
 }
 
 void checkTexts(const VoiceDirectionStatus& status) {
-    const QString text = voiceStatusText(status);
+    const QString text = voiceStatusText(status).whole();
     require(text.startsWith(u"Auralis: "_s), "the text begins with its subject");
     require(text.contains(u" | "_s + status.reason + u" | audio direction mapping: "_s),
             "the reason stands in the text as it is");

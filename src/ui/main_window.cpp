@@ -4,6 +4,7 @@
 #include "kinect/kinect_stream_worker.h"
 #include "ui/page_content.h"
 #include "ui/responsive_layout.h"
+#include "ui/status_line.h"
 #include "ui/status_texts.h"
 #include "ui/stream_image_widget.h"
 #include "ui/stream_tiles.h"
@@ -31,7 +32,6 @@ namespace {
 
 constexpr int viewButtonColumns = 4;
 constexpr int comboColumns = 3;
-constexpr int statusLineMaximumHeight = 84; // pixels: six rows of text, then it is cut
 
 /// The part of the primary screen that windows may cover; nothing where there is no screen.
 std::optional<QRect> workArea() {
@@ -93,17 +93,18 @@ QWidget* MainWindow::buildCentral() {
     splitter->setStretchFactor(1, 1);
     layout->addWidget(splitter, 1);
 
-    const auto addStatusLine = [&](const QString& text) {
-        QLabel* line = makeWrappedLabel(text, u"muted"_s);
-        line->setTextFormat(Qt::PlainText); // texts of other programs are no mark-up …
-        line->setMaximumHeight(statusLineMaximumHeight); // … and may be of any length
+    const auto addStatusLine = [layout](const QString& purpose, const StatusText& text) {
+        auto* line = new StatusLine(purpose);
+        line->setText(text);
         layout->addWidget(line);
         return line;
     };
-    statusLabel = addStatusLine(statusText::atStart(switches.mockMode));
-    voiceStatusLabel = addStatusLine(u"Auralis: checking live direction status"_s);
+    statusLabel =
+        addStatusLine(u"Stream and face status"_s, statusText::atStart(switches.mockMode));
+    voiceStatusLabel = addStatusLine(u"Voice direction status"_s,
+                                     {u"Auralis: checking live direction status"_s, {}, {}});
     if (switches.layoutDebug)
-        layoutDebugLabel = addStatusLine(u"layout debug pending"_s);
+        layoutDebugLabel = addStatusLine(u"Layout"_s, {u"layout debug pending"_s, {}, {}});
     return root;
 }
 
@@ -162,7 +163,7 @@ QFrame* MainWindow::buildPanel(const QString& title, const PanelRows& rows) cons
     return ::buildPanel(title, rows);
 }
 
-QWidget* MainWindow::buildRightPanels() const {
+QScrollArea* MainWindow::buildRightPanels() const {
     return ::buildRightPanels(switches);
 }
 
@@ -254,9 +255,9 @@ void MainWindow::resizeEvent(QResizeEvent* event) {
 void MainWindow::resizeToScreen() {
     const std::optional<QRect> area = workArea();
     resize(firstWindowSize(sizeOf(area)));
-    // The minimum size may have enlarged the window: its centre is taken from its real size.
+    // The minimum size may have enlarged the window: its center is taken from its real size.
     if (area)
-        move(centredTopLeft(*area, size()));
+        move(centeredTopLeft(*area, size()));
     updateResponsiveLayout();
 }
 
@@ -271,8 +272,12 @@ void MainWindow::updateResponsiveLayout() {
     rightPanelsScroll->setMinimumWidth(layout.panelMinimumWidth);
     rightPanelsScroll->setMaximumSize(layout.panelMaximumWidth, layout.panelMaximumHeight);
     splitter->setSizes(layout.splitterSizes);
+    for (StatusLine* line : {statusLabel, voiceStatusLabel, layoutDebugLabel}) {
+        if (line)
+            line->setMaximumRows(layout.statusLineRows);
+    }
     if (layoutDebugLabel)
-        layoutDebugLabel->setText(layoutDebugText(compactLayout, size(), minimumSize()));
+        layoutDebugLabel->setText({layoutDebugText(compactLayout, size(), minimumSize()), {}, {}});
 }
 
 QString MainWindow::layoutModeName() const {

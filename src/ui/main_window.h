@@ -16,9 +16,11 @@
 class FaceRecognitionWorker;
 class KinectStreamWorker;
 class QPushButton;
+class QScrollArea;
 class QSplitter;
 class QStackedWidget;
 class QTimer;
+class StatusLine;
 class StreamImageWidget;
 struct FollowDisplay;
 struct TileSpec;
@@ -59,7 +61,7 @@ public:
     QPushButton* makeViewButton(const ViewSpec& spec);
     QLabel* makeLabel(const QString& text, const QString& objectName) const;
     QFrame* buildPanel(const QString& title, const PanelRows& rows) const;
-    QWidget* buildRightPanels() const;
+    QScrollArea* buildRightPanels() const;
     QFrame* buildMockScene(const ViewSpec& view);
     QWidget* buildSpeakerHud() const;
     QWidget* buildComboStreamView();
@@ -123,10 +125,10 @@ private:
     QList<QPushButton*> viewButtons;
     QStackedWidget* viewStack = nullptr;
     QSplitter* splitter = nullptr;
-    QWidget* rightPanelsScroll = nullptr;
-    QLabel* statusLabel = nullptr;
-    QLabel* voiceStatusLabel = nullptr;
-    QLabel* layoutDebugLabel = nullptr; ///< Only in layout-debug mode.
+    QScrollArea* rightPanelsScroll = nullptr;
+    StatusLine* statusLabel = nullptr;
+    StatusLine* voiceStatusLabel = nullptr;
+    StatusLine* layoutDebugLabel = nullptr; ///< Only in layout-debug mode.
     QHash<QString, StreamImageWidget*> streamLabels;
 
     QTimer* voiceTimer = nullptr; ///< Once a second, as long as the window lives.

@@ -7,22 +7,25 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int widestCompact = 1099;
+constexpr int maximumCompactWidth = 1099;
+
+// In lower windows long status lines would squeeze the view buttons.
+constexpr int minimumHeightForThreeRows = 480;
 
 // Floors of the stacked layout: below them a tile or a panel row could no longer be read.
-constexpr int leastViewHeight = 260;
-constexpr int leastPanelHeight = 140;
-constexpr int leastPanelLimit = 150;
+constexpr int minimumViewHeight = 260;
+constexpr int minimumPanelHeight = 140;
+constexpr int minimumPanelLimit = 150;
 
 ResponsiveLayout compactLayoutFor(int height) {
     ResponsiveLayout layout;
     layout.compact = true;
     layout.panelMaximumWidth = QWIDGETSIZE_MAX;
-    layout.panelMaximumHeight = height > 452 ? height / 3 : leastPanelLimit;
+    layout.panelMaximumHeight = height > 452 ? height / 3 : minimumPanelLimit;
     if (2 * height > 782)
-        layout.splitterSizes = {2 * height / 3, height > 422 ? height / 3 : leastPanelHeight};
+        layout.splitterSizes = {2 * height / 3, height > 422 ? height / 3 : minimumPanelHeight};
     else
-        layout.splitterSizes = {leastViewHeight, leastPanelHeight};
+        layout.splitterSizes = {minimumViewHeight, minimumPanelHeight};
     return layout;
 }
 
@@ -38,8 +41,11 @@ ResponsiveLayout normalLayoutFor(int width) {
 } // namespace
 
 ResponsiveLayout responsiveLayout(const QSize& window) {
-    return window.width() <= widestCompact ? compactLayoutFor(window.height())
-                                           : normalLayoutFor(window.width());
+    ResponsiveLayout layout = window.width() <= maximumCompactWidth
+                                  ? compactLayoutFor(window.height())
+                                  : normalLayoutFor(window.width());
+    layout.statusLineRows = window.height() < minimumHeightForThreeRows ? 2 : 3;
+    return layout;
 }
 
 QString layoutModeName(bool compact) {
@@ -65,7 +71,7 @@ QSize firstWindowSize(const std::optional<QSize>& workArea) {
     return {int(workArea->width() * 0.75), int(workArea->height() * 0.75)};
 }
 
-QPoint centredTopLeft(const QRect& workArea, const QSize& window) {
+QPoint centeredTopLeft(const QRect& workArea, const QSize& window) {
     QRect placed(QPoint(), window);
     placed.moveCenter(workArea.center());
     return placed.topLeft();

@@ -14,6 +14,7 @@ struct ResponsiveLayout {
     int panelMaximumWidth = 0;  ///< The toolkit's largest widget size means unbounded.
     int panelMaximumHeight = 0; ///< As the width.
     QList<int> splitterSizes;   ///< Views, then panels, along the splitter.
+    int statusLineRows = 0;     ///< Each status line under the views has at most that many rows.
 };
 
 /// The layout for a window of this size: compact up to a width of 1099.
@@ -31,5 +32,5 @@ QSize minimumWindowSize(const std::optional<QSize>& workArea);
 /// First size of the window for a work area of this size; for none, that of a headless start.
 QSize firstWindowSize(const std::optional<QSize>& workArea);
 
-/// Where a window of `window` size has its top left so that its centre is the work area's.
-QPoint centredTopLeft(const QRect& workArea, const QSize& window);
+/// Where a window of `window` size has its top left so that its center is the work area's.
+QPoint centeredTopLeft(const QRect& workArea, const QSize& window);

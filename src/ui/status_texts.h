@@ -1,20 +1,21 @@
 #pragma once
 
+#include "app/status_text.h"
+
 #include <QString>
 
-/// The texts of the status line under the views. Texts of others are joined to ours, never used as
-/// templates, so that a per cent sign in a device's message stays what it is.
+/// The texts of the status line under the views.
 namespace statusText {
 
 /// Shown until a view is set or a worker reports.
-QString atStart(bool mockMode);
+StatusText atStart(bool mockMode);
 /// After a view was set; `buttonText` names the view.
-QString forView(const QString& buttonText);
+StatusText forView(const QString& buttonText);
 /// Progress of the acquisition worker.
-QString forStream(const QString& status);
+StatusText forStream(const QString& status);
 /// Failure or warning of the acquisition worker.
-QString forStreamError(const QString& message);
+StatusText forStreamError(const QString& message);
 /// Progress of the face worker.
-QString forFace(const QString& status);
+StatusText forFace(const QString& status);
 
 } // namespace statusText

@@ -2,11 +2,11 @@
 // reading, the status line and the notes on the overlays.
 
 #include "ui/main_window.h"
+#include "ui/status_line.h"
 #include "voice/voice_files.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QLabel>
 #include <QTimer>
 
 using namespace std::chrono_literals;

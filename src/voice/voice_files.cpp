@@ -45,7 +45,8 @@ std::optional<FileRead> readRegularFile(const QString& path) {
         return std::nullopt;
     FileRead read{file.read(voiceFileLimitBytes), toMs(facts.st_mtim)};
     // Text mode would do the same, but reads on for as long as it finds carriage returns.
-    read.bytes.removeIf([](char byte) { return byte == '\r'; });
+    if (read.bytes.contains('\r'))
+        read.bytes.removeIf([](char byte) { return byte == '\r'; });
     return read;
 }
 

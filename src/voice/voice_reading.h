@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/status_text.h"
 #include "app/voice_direction_status.h"
 
 #include <QByteArray>
@@ -30,8 +31,8 @@ qint64 voiceServicePid(const QByteArray& pidFileContent);
 VoiceDirectionStatus voiceDirectionStatus(const VoiceFiles& files, qint64 nowMs,
                                           bool invertAudioDirection);
 
-/// The status line under the views.
-QString voiceStatusText(const VoiceDirectionStatus& status);
+/// The status line under the views; its foreign part is the reading's reason.
+StatusText voiceStatusText(const VoiceDirectionStatus& status);
 
 /// What the diagnostic line says after its prefix.
 QDebug operator<<(QDebug debug, const VoiceDirectionStatus& status);

@@ -20,6 +20,7 @@ private Q_SLOTS:
     void firstSize();
     void windowIsCentredOnTheWorkArea_data();
     void windowIsCentredOnTheWorkArea();
+    void lowWindowsHaveLowStatusLines();
     void debugTextNamesModeAndSizes();
 };
 
@@ -119,8 +120,17 @@ void ResponsiveLayoutTest::windowIsCentredOnTheWorkArea_data() {
 void ResponsiveLayoutTest::windowIsCentredOnTheWorkArea() {
     QFETCH(QRect, workArea);
     QFETCH(QSize, window);
-    const QPoint topLeft = centredTopLeft(workArea, window);
+    const QPoint topLeft = centeredTopLeft(workArea, window);
     QTEST(topLeft, "topLeft");
+}
+
+void ResponsiveLayoutTest::lowWindowsHaveLowStatusLines() {
+    for (const int width : {560, 1440}) {
+        QCOMPARE(responsiveLayout({width, 420}).statusLineRows, 2);
+        QCOMPARE(responsiveLayout({width, 479}).statusLineRows, 2);
+        QCOMPARE(responsiveLayout({width, 480}).statusLineRows, 3);
+        QCOMPARE(responsiveLayout({width, 2000}).statusLineRows, 3);
+    }
 }
 
 void ResponsiveLayoutTest::debugTextNamesModeAndSizes() {

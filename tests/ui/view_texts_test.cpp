@@ -130,7 +130,7 @@ void ViewTextsTest::placeholdersNameTheirStream() {
 }
 
 void ViewTextsTest::statusTexts_data() {
-    QTest::addColumn<QString>("text");
+    QTest::addColumn<StatusText>("text");
     QTest::addColumn<QString>("expected");
     QTest::newRow("start") << statusText::atStart(false)
                            << u"Kinect stream backend starting. Recognition and depth awareness "
@@ -155,8 +155,8 @@ void ViewTextsTest::statusTexts_data() {
 }
 
 void ViewTextsTest::statusTexts() {
-    QFETCH(QString, text);
-    QTEST(text, "expected");
+    QFETCH(StatusText, text);
+    QTEST(text.whole(), "expected");
 }
 
 void ViewTextsTest::demoPeopleAreForScenesWithoutLiveStreams() {

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void theLogLineQuotesTextsAndNothingElse();
     void hostileTextsTakeLinearTime_data();
     void hostileTextsTakeLinearTime();
+    void theReasonIsLoggedAsQDebugQuotesIt();
 };
 
 namespace {
@@ -76,6 +77,10 @@ QByteArray eventText(const QByteArray& more = R"("status": "running")") {
     return R"({"direction_angle_degrees": -12.4, "direction_confidence": 0.8, )" + more + "}";
 }
 
+QString statusLine(const VoiceDirectionStatus& status) {
+    return voiceStatusText(status).whole();
+}
+
 } // namespace
 
 void VoiceReadingTest::withoutAnyFileNothingIsFound() {
@@ -88,12 +93,12 @@ void VoiceReadingTest::withoutAnyFileNothingIsFound() {
     QCOMPARE(status.source, u"/nowhere/event.json"_s);
     QCOMPARE(status.reason, u"Auralis live event JSON not found"_s);
     QCOMPARE(
-        voiceStatusText(status),
+        statusLine(status),
         u"Auralis: stopped/stale | direction unavailable | Auralis live event JSON not found"_s +
             suffix);
 
     none.processAlive = true;
-    QCOMPARE(voiceStatusText(read(none)),
+    QCOMPARE(statusLine(read(none)),
              u"Auralis: stale | direction unavailable | Auralis live event JSON not found"_s +
                  suffix);
 }
@@ -106,7 +111,7 @@ void VoiceReadingTest::aServiceWithoutAReadableEventIsToldFromNone() {
     QCOMPARE(read(unreadable).eventTimeMs, 0);
     unreadable.processAlive = false;
     QCOMPARE(read(unreadable).reason, u"Auralis stopped or unavailable"_s);
-    QCOMPARE(voiceStatusText(read(unreadable)),
+    QCOMPARE(statusLine(read(unreadable)),
              u"Auralis: stopped/stale | direction unavailable | Auralis stopped or unavailable"_s +
                  suffix);
 }
@@ -119,19 +124,19 @@ void VoiceReadingTest::aFreshEventIsShownWithItsAngle() {
     QCOMPARE(status.confidence, 0.8);
     QCOMPARE(status.eventTimeMs, now - 500);
     QCOMPARE(status.reason, u"live Auralis event JSON"_s);
-    QCOMPARE(voiceStatusText(status), u"Auralis: running/fresh | angle -12° | confidence 0.80"
-                                      " | low confidence false | live Auralis event JSON"_s +
-                                          suffix);
+    QCOMPARE(statusLine(status), u"Auralis: running/fresh | angle -12° | confidence 0.80"
+                                 " | low confidence false | live Auralis event JSON"_s +
+                                     suffix);
     const VoiceDirectionStatus low =
         read(files(eventText(R"("status": "running", "direction_low_confidence": true)")));
-    QVERIFY(voiceStatusText(low).contains(u" | low confidence true | "_s));
+    QVERIFY(statusLine(low).contains(u" | low confidence true | "_s));
 }
 
 void VoiceReadingTest::anOldEventOfALivingServiceIsStale() {
     const VoiceDirectionStatus status = read(files(eventText(), 5000));
     QVERIFY(status.running && status.hasDirection && !status.fresh);
     QCOMPARE(status.reason, u"stale Auralis event 5.0s old"_s);
-    QCOMPARE(voiceStatusText(status),
+    QCOMPARE(statusLine(status),
              u"Auralis: stale | direction stale/inactive | stale Auralis event 5.0s old"_s +
                  suffix);
 }
@@ -140,7 +145,7 @@ void VoiceReadingTest::aDeadPidIsOverruledByARecentEventThatIsProcessing() {
     const VoiceDirectionStatus status =
         read(files(eventText(R"("live_processing": true, "status": "running")"), 1000, false));
     QVERIFY(status.running && status.fresh);
-    QVERIFY(voiceStatusText(status).startsWith(u"Auralis: running/fresh | angle"_s));
+    QVERIFY(statusLine(status).startsWith(u"Auralis: running/fresh | angle"_s));
 }
 
 void VoiceReadingTest::onlyARecentProcessingEventOverrulesADeadPid_data() {
@@ -161,7 +166,7 @@ void VoiceReadingTest::onlyARecentProcessingEventOverrulesADeadPid() {
     QFETCH(qint64, ageMs);
     const VoiceDirectionStatus status = read(files(eventText(more), ageMs, false));
     QVERIFY(!status.running && !status.fresh && status.hasDirection);
-    QVERIFY(voiceStatusText(status).startsWith(u"Auralis: stopped/stale | direction stale"_s));
+    QVERIFY(statusLine(status).startsWith(u"Auralis: stopped/stale | direction stale"_s));
 }
 
 void VoiceReadingTest::anEventIsRecentForTwoSeconds_data() {
@@ -317,8 +322,8 @@ void VoiceReadingTest::anErrorDoesNotEndFreshness() {
         read(files(eventText(R"("status": "running", "error": "arecord: overrun")")));
     QVERIFY(status.fresh);
     QCOMPARE(status.reason, u"arecord: overrun"_s);
-    QVERIFY(voiceStatusText(status).startsWith(u"Auralis: running/fresh | angle -12°"_s));
-    QVERIFY(voiceStatusText(status).contains(u" | low confidence false | arecord: overrun | "_s));
+    QVERIFY(statusLine(status).startsWith(u"Auralis: running/fresh | angle -12°"_s));
+    QVERIFY(statusLine(status).contains(u" | low confidence false | arecord: overrun | "_s));
 }
 
 void VoiceReadingTest::troubleWithTheRecorderShowsAsDegraded_data() {
@@ -344,7 +349,7 @@ void VoiceReadingTest::troubleWithTheRecorderShowsAsDegraded() {
     QFETCH(qint64, ageMs);
     QFETCH(bool, alive);
     QFETCH(QString, prefix);
-    const QString text = voiceStatusText(read(files(eventText(more), ageMs, alive)));
+    const QString text = statusLine(read(files(eventText(more), ageMs, alive)));
     QCOMPARE(text.left(prefix.size()), prefix);
 }
 
@@ -381,10 +386,10 @@ void VoiceReadingTest::textsWithPlaceholdersQuotesAndUnicodeStayAsTheyAre() {
     QFETCH(QByteArray, error);
     QFETCH(QString, shown);
     const QByteArray more = R"("status": "running", "error": ")" + error + '"';
-    QCOMPARE(voiceStatusText(read(files(eventText(more)))),
+    QCOMPARE(statusLine(read(files(eventText(more)))),
              u"Auralis: running/fresh | angle -12° | confidence 0.80 | low confidence false | "_s +
                  shown + suffix);
-    QCOMPARE(voiceStatusText(read(files(eventText(more), 5000))),
+    QCOMPARE(statusLine(read(files(eventText(more), 5000))),
              u"Auralis: stale | direction stale/inactive | "_s + shown + suffix);
     QCOMPARE(read(files(eventText(R"("status": ")" + error + '"'))).reason, shown);
 }
@@ -393,7 +398,7 @@ void VoiceReadingTest::inversionChangesTheMappingAndNotTheAngle() {
     const VoiceDirectionStatus status = voiceDirectionStatus(files(eventText()), now, true);
     QVERIFY(status.inverted);
     QCOMPARE(status.angleDegrees, -12.4);
-    const QString text = voiceStatusText(status);
+    const QString text = statusLine(status);
     QVERIFY(text.contains(u" | angle -12° | "_s));
     QVERIFY(text.endsWith(u" | audio direction mapping: inverted | audio_direction_inverted=true"
                           " | attention only, no trust granted"_s));
@@ -476,6 +481,20 @@ void VoiceReadingTest::hostileTextsTakeLinearTime() {
     // Converting a number of a million digits is linear but slow; a search that tries every end for
     // every start would take ten thousand times as long and more.
     QVERIFY2(hostile < 200 * harmless, "a search or a conversion is not linear");
+}
+
+void VoiceReadingTest::theReasonIsLoggedAsQDebugQuotesIt() {
+    for (const QString& reason :
+         {u"plain words, 100%1 of them"_s, QString(), u"a \"quote\""_s, u"back\\slash"_s,
+          u"line\nbreak\ttab"_s, u"Gerät 😀 \u202E"_s, u"\u007f~ "_s}) {
+        VoiceDirectionStatus status;
+        status.reason = reason;
+        QString line;
+        QDebug(&line) << status << "after" << reason;
+        QString tail;
+        QDebug(&tail) << "reason" << reason << "after" << reason;
+        QVERIFY2(line.endsWith(tail), qPrintable(line));
+    }
 }
 
 QTEST_APPLESS_MAIN(VoiceReadingTest)
