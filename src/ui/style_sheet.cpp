@@ -1,5 +1,6 @@
 #include "ui/style_sheet.h"
 
+#include <QFont>
 #include <QLabel>
 #include <QPalette>
 #include <QScrollBar>
@@ -94,7 +95,16 @@ QWidget[layoutDebug="true"], QFrame[layoutDebug="true"], QLabel[layoutDebug="tru
 }
 )");
 
-/// The view buttons' colour on the window's.
+/// The font of the sheet's first rule. That rule reaches the window and its root alone; the rest
+/// inherits the window's font, which would be the desktop's.
+QFont baseFont() {
+    QFont font;
+    font.setFamilies({u"Inter"_s, u"Segoe UI"_s, u"Ubuntu"_s, u"sans-serif"_s});
+    font.setPixelSize(12);
+    return font;
+}
+
+/// The view buttons' color on the window's.
 QPalette scrollBarPalette() {
     QPalette palette(QColor(0x17, 0x1e, 0x2a), QColor(0x0d, 0x11, 0x18));
     palette.setColor(QPalette::WindowText, QColor(0xe8, 0xee, 0xf7));
@@ -137,6 +147,7 @@ QFrame#mockViewport[layoutDebug="true"] {
 void applyLook(QWidget* window, bool layoutDebug) {
     if (layoutDebug)
         markForLayoutDebug(window);
+    window->setFont(baseFont());
     window->setStyleSheet(applicationStyleSheet() +
                           (layoutDebug ? layoutDebugStyleSheet() : QString()));
     // Under a style sheet a palette does not reach a widget's children.
