@@ -9,6 +9,9 @@
 /// The image streams of the sensor.
 enum class Stream { Color, Infrared, Depth };
 
+/// As people call it, for example "RGB stream".
+QString streamName(Stream stream);
+
 /// One place where a stream is shown.
 struct TileSpec {
     QString key;         ///< Name of the tile in the window's table.

@@ -90,8 +90,8 @@ void ViewTextsTest::tilesInOrder_data() {
     row("combo_rgb", View::Combo, Stream::Color, true, true, {360, 240});
     row("combo_ir", View::Combo, Stream::Infrared, false, false, {140, 95});
     row("combo_depth", View::Combo, Stream::Depth, false, false, {140, 95});
-    row("room_rgb", View::Room, Stream::Color, true, true);
-    row("follow_rgb", View::Follow, Stream::Color, true, true);
+    row("room_rgb", View::Room, Stream::Color, true, true, {120, 310});
+    row("follow_rgb", View::Follow, Stream::Color, true, true, {120, 310});
     QCOMPARE(streamTiles().size(), index);
 }
 
