@@ -16,6 +16,8 @@ int run(int& argc, char** argv) {
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Lumeno Qt Control Center"));
     QCoreApplication::setOrganizationName(QStringLiteral("Velmor"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(LUMENO_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("lumeno-control-center"));
     registerRecordTypes();
 
     const CommandLine line = parseCommandLine(QCoreApplication::arguments());

@@ -2,7 +2,9 @@
 
 #include "face/face_recognition_worker.h"
 #include "kinect/kinect_stream_worker.h"
+#include "ui/focus_ring.h"
 #include "ui/page_content.h"
+#include "ui/program_icon.h"
 #include "ui/responsive_layout.h"
 #include "ui/status_line.h"
 #include "ui/status_texts.h"
@@ -54,6 +56,7 @@ MainWindow::MainWindow(bool layoutDebug, bool mockMode, bool demoUi, bool demoSp
                                     .personLostMs = personLostMs,
                                     .invertAudioDirection = invertAudioDirection} {
     setWindowTitle(u"Lumeno Control Center"_s);
+    setWindowIcon(programIcon());
     setCentralWidget(buildCentral());
     setMinimumSize(minimumWindowSize(sizeOf(workArea())));
     setView(u"combo"_s);
@@ -62,6 +65,7 @@ MainWindow::MainWindow(bool layoutDebug, bool mockMode, bool demoUi, bool demoSp
     startFaceWorker();
     startVoicePoll();
     applyLook(this, switches.layoutDebug);
+    new FocusRing(centralWidget());
 }
 
 MainWindow::~MainWindow() {
@@ -132,6 +136,9 @@ QWidget* MainWindow::buildTopBar() {
     group->setExclusive(true);
     for (int i = 0; i < int(views.size()); ++i) {
         QPushButton* button = makeViewButton(views.at(i));
+        button->setToolTip(u"%1, key %2"_s.arg(views.at(i).buttonText).arg(i + 1));
+        button->setAccessibleName(u"%1 view, key %2"_s.arg(views.at(i).buttonText).arg(i + 1));
+        button->setAccessibleDescription(views.at(i).description);
         buttons->addWidget(button, i / viewButtonColumns, i % viewButtonColumns);
         viewButtons.append(button);
         group->addButton(button);
@@ -213,6 +220,7 @@ QWidget* MainWindow::buildComboStreamView() {
 StreamImageWidget* MainWindow::buildTile(const TileSpec& tile) {
     StreamImageWidget* widget = buildStreamLabel(tile.key, tile.placeholder, tile.voice);
     widget->setMinimumSize(tile.minimumSize);
+    widget->setAccessibleName(streamName(tile.stream));
     return widget;
 }
 
@@ -233,6 +241,7 @@ void MainWindow::showView(View view) {
     viewStack->setCurrentIndex(index);
     currentView = views.at(index).key;
     viewButtons.at(index)->setChecked(true);
+    viewButtons.at(index)->setFocus();
     statusLabel->setText(statusText::forView(views.at(index).buttonText));
     updateResponsiveLayout();
 }

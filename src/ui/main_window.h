@@ -54,21 +54,6 @@ public:
     /// Stops the workers, each waited for at most 3 s.
     ~MainWindow() override;
 
-    // Builders; each returns the widget that it made, without a parent.
-    QWidget* buildCentral();
-    QWidget* buildTopBar();
-    QWidget* buildViewPage(const ViewSpec& spec);
-    QPushButton* makeViewButton(const ViewSpec& spec);
-    QLabel* makeLabel(const QString& text, const QString& objectName) const;
-    QFrame* buildPanel(const QString& title, const PanelRows& rows) const;
-    QScrollArea* buildRightPanels() const;
-    QFrame* buildMockScene(const ViewSpec& view);
-    QWidget* buildSpeakerHud() const;
-    QWidget* buildComboStreamView();
-    /// Makes the tile `key`, in place of an earlier one of the same key.
-    StreamImageWidget* buildStreamLabel(const QString& key, const QString& placeholder,
-                                        bool showVoiceOverlay);
-
     /// Shows the view whose key is exactly `key`; an unknown key changes nothing.
     void setView(const QString& key);
 
@@ -108,8 +93,23 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void showView(View view);
+    // Builders; each returns the widget that it made, without a parent.
+    QWidget* buildCentral();
+    QWidget* buildTopBar();
+    QWidget* buildViewPage(const ViewSpec& spec);
+    QPushButton* makeViewButton(const ViewSpec& spec);
+    QLabel* makeLabel(const QString& text, const QString& objectName) const;
+    QFrame* buildPanel(const QString& title, const PanelRows& rows) const;
+    QScrollArea* buildRightPanels() const;
+    QFrame* buildMockScene(const ViewSpec& view);
+    QWidget* buildSpeakerHud() const;
+    QWidget* buildComboStreamView();
+    /// Makes the tile `key`, in place of an earlier one of the same key.
+    StreamImageWidget* buildStreamLabel(const QString& key, const QString& placeholder,
+                                        bool showVoiceOverlay);
     StreamImageWidget* buildTile(const TileSpec& tile);
+
+    void showView(View view);
     void takeImage(StreamFrame NewestFrames::*stream, const QImage& image);
     void submitToFaceWorker(const QImage& rgb);
     AwarenessInput awarenessInput() const;

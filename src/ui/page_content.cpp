@@ -150,5 +150,7 @@ QWidget* pageAround(QWidget* content, const ViewSpec& view) {
     QScrollArea* page = scrollAreaAround(frame);
     page->setMinimumSize(0, 0);
     page->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    page->setAccessibleName(view.buttonText + u" page"_s);
+    page->setAccessibleDescription(view.description);
     return page;
 }

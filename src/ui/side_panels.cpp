@@ -84,7 +84,10 @@ QFrame* buildPanel(const QString& title, const PanelRows& rows) {
     divider->setObjectName(u"divider"_s);
     layout->addWidget(divider);
 
+    panel->setAccessibleName(title);
+    QStringList described;
     for (const auto& [keyText, valueText] : rows) {
+        described.append(keyText + u": "_s + valueText);
         QLabel* value = makeWrappedLabel(valueText, u"valueLabel"_s);
         value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         auto* row = new QHBoxLayout;
@@ -92,6 +95,7 @@ QFrame* buildPanel(const QString& title, const PanelRows& rows) {
         row->addWidget(value, 1);
         layout->addLayout(row);
     }
+    panel->setAccessibleDescription(described.join(u", "_s));
     return panel;
 }
 
@@ -101,7 +105,7 @@ QScrollArea* scrollAreaAround(QWidget* content) {
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    // Both would fill themselves with the palette's window colour.
+    // Both would fill themselves with the palette's window color.
     content->setAutoFillBackground(false);
     area->viewport()->setAutoFillBackground(false);
     return area;
@@ -121,5 +125,7 @@ QScrollArea* buildRightPanels(const CommandLine& switches) {
     area->setMinimumWidth(0);
     area->setMaximumWidth(360);
     area->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+    area->setAccessibleName(u"Side panels"_s);
+    area->setAccessibleDescription(u"Room awareness, sensor status, safety and trust"_s);
     return area;
 }

@@ -1,8 +1,11 @@
 #include "ui/stream_image_widget.h"
 
 #include "ui/stream_geometry.h"
+#include "ui/stream_overlay_text.h"
 #include "ui/stream_painting.h"
+#include "ui/stream_tile_accessible.h"
 
+#include <QAccessible>
 #include <QPainter>
 
 using namespace Qt::StringLiterals;
@@ -17,6 +20,7 @@ StreamImageWidget::StreamImageWidget(const QString& placeholderText, bool withVo
     setObjectName(u"streamImage"_s);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     setMinimumSize(120, 90);
+    installStreamTileAccessibility();
 }
 
 StreamImageWidget::~StreamImageWidget() = default;
@@ -28,16 +32,19 @@ void StreamImageWidget::setImage(const QImage& image) {
 void StreamImageWidget::setFrame(const StreamFrame& newFrame) {
     frame = newFrame;
     update();
+    announceNewDescription();
 }
 
 void StreamImageWidget::setPlaceholder(const QString& text) {
     placeholder = text;
     update();
+    announceNewDescription();
 }
 
 void StreamImageWidget::setOverlays(const QList<FaceOverlay>& newOverlays) {
     overlays = newOverlays;
     update();
+    announceNewDescription();
 }
 
 void StreamImageWidget::setVoiceStatus(const VoiceDirectionStatus& status) {
@@ -49,6 +56,32 @@ void StreamImageWidget::setSourceCrop(const QRect& crop, const QString& label) {
     sourceCrop = crop;
     sourceCropLabel = label;
     update();
+    announceNewDescription();
+}
+
+QString StreamImageWidget::description() const {
+    if (frame.isNull())
+        return streamText::singleLine(placeholder);
+    QString text = u"Live picture"_s;
+    if (!overlays.isEmpty())
+        text += overlays.size() == 1 ? u", 1 person marked"_s
+                                     : u", %1 people marked"_s.arg(overlays.size());
+    if (!sourceCropLabel.isEmpty())
+        text += u". "_s + streamText::singleLine(sourceCropLabel);
+    return text;
+}
+
+/// Tells screen readers, at most once a second: a banner may change with every frame.
+void StreamImageWidget::announceNewDescription() {
+    if (!QAccessible::isActive() || (announcing.isValid() && announcing.elapsed() < 1000))
+        return;
+    const QString now = description();
+    if (now == announced)
+        return;
+    announced = now;
+    announcing.start();
+    QAccessibleEvent event(this, QAccessible::DescriptionChanged);
+    QAccessible::updateAccessibility(&event);
 }
 
 QSize StreamImageWidget::sizeHint() const {

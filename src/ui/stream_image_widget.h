@@ -5,6 +5,7 @@
 #include "ui/fitted_picture.h"
 #include "ui/stream_frame.h"
 
+#include <QElapsedTimer>
 #include <QImage>
 #include <QList>
 #include <QRect>
@@ -35,6 +36,10 @@ public:
     /// rectangle, and one outside the image, shows all of it. An empty label shows no banner.
     void setSourceCrop(const QRect& crop, const QString& label);
 
+    /// What the tile shows at this moment, in words: the placeholder, or the number of people that
+    /// are marked and the banner.
+    QString description() const;
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
@@ -43,6 +48,7 @@ protected:
 
 private:
     bool paintPicture(QPainter& painter, const QRect& area);
+    void announceNewDescription();
 
     StreamFrame frame;
     QString placeholder;
@@ -52,4 +58,6 @@ private:
     QRect sourceCrop;
     QString sourceCropLabel;
     FittedPicture fittedPicture;
+    QString announced;        ///< The description that screen readers were last told.
+    QElapsedTimer announcing; ///< Since then.
 };
