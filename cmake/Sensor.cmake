@@ -1,6 +1,10 @@
 # Picks the library that the acquisition worker is linked with: libfreenect2 where it is installed,
 # else, or on request, the stand-in of this tree. The result is the target lumeno_sensor and the
-# variable LUMENO_SENSOR, "libfreenect2" or "virtual_kinect", also in the cache for scripts.
+# cache variable LUMENO_SENSOR, "libfreenect2" or "virtual_kinect", which scripts read too.
+#
+# Searched in this order: what CMAKE_PREFIX_PATH names, the prefix .libfreenect2 of this tree, where
+# scripts/setup-kinect.sh puts the library, $HOME/freenect2, where the library's own guide does, and
+# the system.
 
 option(LUMENO_USE_VIRTUAL_KINECT "Use the sensor stand-in although libfreenect2 is installed" OFF)
 
@@ -23,11 +27,29 @@ function(_lumeno_sensor_usable result libraries include_dirs)
   endforeach()
 endfunction()
 
+# Forgets what an earlier run found, so that a library that came or went since is noticed. What a
+# person set stays.
+function(_lumeno_forget_earlier_search)
+  if(DEFINED LUMENO_FOUND_FREENECT2_DIR AND freenect2_DIR STREQUAL LUMENO_FOUND_FREENECT2_DIR)
+    unset(freenect2_DIR CACHE)
+    unset(freenect2_LIBRARY CACHE) # these two are set by the library's config package
+    unset(freenect2_INCLUDE_DIR CACHE)
+  endif()
+  unset(LUMENO_FREENECT2_LIBRARY CACHE)
+  unset(LUMENO_FREENECT2_INCLUDE_DIR CACHE)
+endfunction()
+
 # Sets how, libraries and include_dirs in the caller; how is empty when libfreenect2 was not found.
 function(_lumeno_find_libfreenect2)
+  list(APPEND CMAKE_PREFIX_PATH ${PROJECT_SOURCE_DIR}/.libfreenect2 $ENV{HOME}/freenect2)
+  _lumeno_forget_earlier_search()
   set(how "")
+  set(given "${freenect2_DIR}")
   find_package(freenect2 CONFIG QUIET)
   if(freenect2_FOUND)
+    if(NOT freenect2_DIR STREQUAL given)
+      set(LUMENO_FOUND_FREENECT2_DIR "${freenect2_DIR}" CACHE INTERNAL "Found by the last search")
+    endif()
     set(libraries ${freenect2_LIBRARIES})
     set(include_dirs ${freenect2_INCLUDE_DIRS})
     _lumeno_sensor_usable(usable "${libraries}" "${include_dirs}")
@@ -81,26 +103,30 @@ function(_lumeno_warn_about_endless_wait include_dirs)
   endif()
 endfunction()
 
-set(reason "as asked for")
-set(how "")
-if(NOT LUMENO_USE_VIRTUAL_KINECT)
-  set(reason "libfreenect2 was not found")
-  _lumeno_find_libfreenect2()
-endif()
-if(how)
-  set(LUMENO_SENSOR libfreenect2 CACHE INTERNAL "The sensor library in use")
-  add_library(lumeno_libfreenect2 INTERFACE IMPORTED)
-  target_link_libraries(lumeno_libfreenect2 INTERFACE ${libraries} Threads::Threads)
-  target_include_directories(lumeno_libfreenect2 INTERFACE ${include_dirs})
-  add_library(lumeno_sensor ALIAS lumeno_libfreenect2)
-  list(GET libraries 0 library)
-  message(STATUS "Sensor library: libfreenect2, ${library} (found by ${how})")
-  _lumeno_warn_about_endless_wait("${include_dirs}")
-else()
-  set(LUMENO_SENSOR virtual_kinect CACHE INTERNAL "The sensor library in use")
-  add_library(lumeno_sensor ALIAS lumeno_virtual_kinect)
-  message(STATUS "Sensor library: the stand-in in virtual_kinect (${reason})")
-endif()
+# Makes lumeno_sensor. A function, so that it leaves no variables behind in the caller.
+function(_lumeno_choose_sensor)
+  set(reason "as asked for")
+  set(how "")
+  if(NOT LUMENO_USE_VIRTUAL_KINECT)
+    set(reason "libfreenect2 was not found")
+    _lumeno_find_libfreenect2()
+  endif()
+  if(how)
+    set(LUMENO_SENSOR libfreenect2 CACHE INTERNAL "The sensor library in use")
+    add_library(lumeno_libfreenect2 INTERFACE IMPORTED)
+    target_link_libraries(lumeno_libfreenect2 INTERFACE ${libraries} Threads::Threads)
+    target_include_directories(lumeno_libfreenect2 INTERFACE ${include_dirs})
+    add_library(lumeno_sensor ALIAS lumeno_libfreenect2)
+    list(GET libraries 0 library)
+    message(STATUS "Sensor library: libfreenect2, ${library} (found by ${how})")
+    _lumeno_warn_about_endless_wait("${include_dirs}")
+  else()
+    set(LUMENO_SENSOR virtual_kinect CACHE INTERNAL "The sensor library in use")
+    add_library(lumeno_sensor ALIAS lumeno_virtual_kinect)
+    message(STATUS "Sensor library: the stand-in in virtual_kinect (${reason})")
+  endif()
+endfunction()
+_lumeno_choose_sensor()
 
 # lumeno_sensor_library(<name> SOURCES <file>... [LIBRARIES <target>...]
 #                       [SENSOR_LIBRARIES <sensor library>...])

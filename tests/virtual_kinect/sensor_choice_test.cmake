@@ -12,7 +12,16 @@ function(write_project)
     set(CMAKE_FIND_LIBRARY_SUFFIXES .so)
     add_library(Threads::Threads INTERFACE IMPORTED)
     add_library(lumeno_virtual_kinect INTERFACE)
+    get_cmake_property(before VARIABLES)
     include(${SENSOR})
+    get_cmake_property(after VARIABLES)
+    list(REMOVE_ITEM after \${before} before)
+    foreach(variable IN LISTS after)
+      get_property(cached CACHE \${variable} PROPERTY VALUE SET)
+      if(NOT cached)
+        message(STATUS \"Left behind: \${variable}\")
+      endif()
+    endforeach()
     if(NOT TARGET lumeno_sensor)
       message(FATAL_ERROR \"no sensor target\")
     endif()
@@ -52,16 +61,21 @@ Cflags: -I${WORK}/${target}/include
 ")
 endfunction()
 
-# check(<what> PREFIX <installations> MODULES <folder> OPTIONS <cmake options> EXPECT <texts>
-#       REJECT <texts>): configures and compares the output.
+# check(<what> [AGAIN] PREFIX <installations> MODULES <folder> OPTIONS <cmake options>
+#       EXPECT <texts> REJECT <texts>): configures and compares the output. AGAIN keeps the build
+#       folder of the check before.
 function(check what)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "MODULES" "PREFIX;OPTIONS;EXPECT;REJECT")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "AGAIN" "MODULES" "PREFIX;OPTIONS;EXPECT;REJECT")
   list(TRANSFORM arg_PREFIX PREPEND ${WORK}/)
   string(REPLACE ";" "\\;" prefix "${arg_PREFIX}")
-  file(REMOVE_RECURSE ${WORK}/build)
+  list(APPEND arg_REJECT "Left behind:")
+  if(NOT arg_AGAIN)
+    file(REMOVE_RECURSE ${WORK}/build)
+  endif()
   # Nothing that is installed on this machine takes part.
   execute_process(
     COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH= PKG_CONFIG_LIBDIR=${WORK}/${arg_MODULES}
+      HOME=${WORK}/home
       ${CMAKE_COMMAND} -G ${GENERATOR} -DCMAKE_MAKE_PROGRAM=${MAKE_PROGRAM}
       -S ${WORK}/project -B ${WORK}/build -DCMAKE_PREFIX_PATH=${prefix}
       -DCMAKE_FIND_USE_CMAKE_SYSTEM_PATH=OFF -DCMAKE_FIND_USE_SYSTEM_ENVIRONMENT_PATH=OFF
@@ -143,6 +157,27 @@ check("a wait that never times out is warned of"
 check("the stand-in on request"
   PREFIX package MODULES module OPTIONS -DLUMENO_USE_VIRTUAL_KINECT=ON
   EXPECT "Sensor library: the stand-in in virtual_kinect (as asked for)" "Linked: virtual_kinect")
+
+install_files(home/freenect2)
+install_package(home/freenect2 home/freenect2)
+set(at_home "${WORK}/home/freenect2/lib/libfreenect2.so (found by config package)")
+set(in_tree "${WORK}/project/.libfreenect2/lib/libfreenect2.so (found by config package)")
+check("where the library's own guide installs it" EXPECT "${at_home}")
+install_files(project/.libfreenect2)
+install_package(project/.libfreenect2 project/.libfreenect2)
+check("one that came since the last run is noticed" AGAIN EXPECT "${in_tree}")
+check("the tree's own comes before the one in the home folder" EXPECT "${in_tree}")
+check("what a person names comes before both"
+  PREFIX package EXPECT "${WORK}/whole/lib/libfreenect2.so (found by config package)")
+set(whole "${WORK}/whole/lib/libfreenect2.so (found by config package)")
+check("a folder that a person set"
+  OPTIONS -Dfreenect2_DIR=${WORK}/package/lib/cmake/freenect2 EXPECT "${whole}")
+check("a folder that a person set stays in later runs" AGAIN EXPECT "${whole}")
+file(REMOVE_RECURSE ${WORK}/project/.libfreenect2)
+check("without the tree's own the one in the home folder again" EXPECT "${at_home}")
+file(REMOVE_RECURSE ${WORK}/home)
+check("one that went since the last run is noticed" AGAIN
+  EXPECT "Sensor library: the stand-in in virtual_kinect (libfreenect2 was not found)")
 
 if(failures)
   message(FATAL_ERROR "${failures} failed")
