@@ -4,6 +4,7 @@
 #   scripts/bench.sh            everything
 #   scripts/bench.sh depth      only the rows whose name matches the regular expression
 #   further arguments are Google Benchmark's, for example: --benchmark_repetitions=51
+# shellcheck source=lib/setup.sh
 . "$(dirname "${BASH_SOURCE[0]}")/lib/setup.sh"
 
 require_packages "${build_packages[@]}" "${bench_packages[@]}"
@@ -24,7 +25,8 @@ if command -v taskset >/dev/null; then
     "${pinned[@]}" true 2>/dev/null || pinned=()
 fi
 if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
-    mkdir -p -m 700 build-bench/runtime
+    mkdir -p build-bench/runtime
+    chmod 700 build-bench/runtime
     export XDG_RUNTIME_DIR=$PWD/build-bench/runtime
 fi
 "${pinned[@]}" build-bench/lumeno-bench "${arguments[@]}"

@@ -8,6 +8,7 @@
 # what earlier runs found, in build-fuzz/corpus. A finding is written to build-fuzz/findings and
 # makes the script fail. To keep one for good, mend what it shows and copy it to
 # fuzz/seeds/<target>: from then on every test run replays it.
+# shellcheck source=lib/setup.sh
 . "$(dirname "${BASH_SOURCE[0]}")/lib/setup.sh"
 
 seconds=${1:-15}

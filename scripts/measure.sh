@@ -3,6 +3,7 @@
 # frames painted per second, delay, processor share of each thread, memory.
 #
 #   scripts/measure.sh [SECONDS]     of each run, 120 unless given; nine runs
+# shellcheck source=lib/setup.sh
 . "$(dirname "${BASH_SOURCE[0]}")/lib/setup.sh"
 
 seconds=${1:-120}

@@ -5,6 +5,7 @@
 # stand-in is linked; unless a mock switch or LUMENO_VIRTUAL_KINECT asks for something else, that
 # shows the built-in virtual room.
 called_from=$PWD
+# shellcheck source=lib/setup.sh
 . "$(dirname "${BASH_SOURCE[0]}")/lib/setup.sh"
 
 require_packages "${build_packages[@]}"
@@ -37,7 +38,7 @@ fi
 
 say "Showing the virtual room, since libfreenect2 is not installed; README.md says how to use a real Kinect v2."
 mkdir -p build/demo
-cd build/demo
+cd build/demo || exit
 [ -d faces/tavin ] || ../write-owner-samples faces/tavin
 export LUMENO_VIRTUAL_KINECT=room
 exec "$program" "$@"

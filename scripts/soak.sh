@@ -8,6 +8,7 @@
 # Writes samples.tsv, log.txt and curves.png to FOLDER (default build/soak) and prints the figures.
 # Fails when memory, handles or threads grow, when the picture stands still for longer than the
 # sensor's faults explain, or when the program does not end by itself with status 0.
+# shellcheck source=lib/setup.sh
 . "$(dirname "${BASH_SOURCE[0]}")/lib/setup.sh"
 
 minutes=${1:-}
@@ -26,6 +27,7 @@ program=$root/build/lumeno-control-center-virtual
 
 place=$(mktemp -d)
 jobs_to_end=()
+# shellcheck disable=SC2317 # the trap calls it
 clean_up() {
     local job
     for job in "${jobs_to_end[@]}"; do
@@ -91,7 +93,7 @@ export DISPLAY QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8
 (cd "$place/work" && "$root/build/write-owner-samples" faces/tavin) >/dev/null
 say "Running for $minutes minutes; samples, log and curves are in $out"
 (
-    cd "$place/work"
+    cd "$place/work" || exit
     HOME=$place/home LUMENO_VIRTUAL_KINECT=room LUMENO_VIRTUAL_KINECT_FAULTS=$(faults) \
         exec "$program" --auto-quit-ms $((minutes * 60000))
 ) >/dev/null 2>"$out/log.txt" &

@@ -1,5 +1,7 @@
 # Sourced by the scripts beside it: what the project needs from the distribution, and how to get it.
 # Runs in the project's root afterwards.
+# shellcheck shell=bash
+# shellcheck disable=SC2034 # the lists of packages are for whoever sources this
 
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
@@ -7,7 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 build_packages=(g++ cmake ninja-build pkg-config qt6-base-dev libopencv-dev opencv-data
     fonts-dejavu-core)
 test_packages=(xvfb xdotool python3)
-lint_packages=(clang-format clang-tidy)
+lint_packages=(clang-format clang-tidy shellcheck)
 bench_packages=(libbenchmark-dev)
 fuzz_packages=(clang libclang-rt-dev)
 soak_packages=(xvfb xdotool gnuplot-nox python3)
@@ -42,16 +44,36 @@ require_packages() {
         apt-get install -y -q --no-install-recommends "${missing[@]}" >&2
 }
 
-# build_preset PRESET FOLDER [cmake --build arguments]: configures and builds; quiet unless it fails.
+# say_sensor_library LOG: what the configuration said about the sensor library, warnings included.
+say_sensor_library() {
+    awk '/^-- Sensor library: / { print substr($0, 4); next }
+         /^CMake Warning at cmake\/Sensor\.cmake/ { warning = "Warning:"; next }
+         warning != "" && /^(Call Stack|$)/ { print warning; warning = ""; next }
+         warning != "" { sub(/^ +/, ""); warning = warning " " $0 }' "$1" >&2
+}
+
+# build_preset PRESET FOLDER [cmake --build arguments]: configures and builds; quiet unless it fails,
+# except for which sensor library was chosen.
 build_preset() {
     local preset=$1 folder=$2 log
     shift 2
     mkdir -p "$folder"
     log=$folder/build.log
     say "Building ($preset); the log is in $log"
-    if ! { cmake --preset "$preset" && cmake --build "$folder" "$@"; } >"$log" 2>&1; then
-        tail -n 60 "$log" >&2
-        say "The build failed; all of its output is in $log"
-        return 1
+    if cmake --preset "$preset" >"$log" 2>&1; then
+        say_sensor_library "$log"
+        cmake --build "$folder" "$@" >>"$log" 2>&1 && return
     fi
+    tail -n 60 "$log" >&2
+    say "The build failed; all of its output is in $log"
+    return 1
+}
+
+# say_skipped_tests LOG: one line for each test function that the tests of a ctest log skipped, with
+# its reason. Qt Test writes both, the reason perhaps over several lines.
+say_skipped_tests() {
+    [ -f "$1" ] || return 0
+    local skipped
+    skipped=$(sed -n 's/^SKIP *: \(.*\)/  \1/p' "$1" | sort -u)
+    [ -z "$skipped" ] || say "Skipped:"$'\n'"$skipped"
 }
