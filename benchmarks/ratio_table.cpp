@@ -71,7 +71,7 @@ void registerSide(const RatioRow& row, const char* side,
                                              once();
                                      })
             ->MeasureProcessCPUTime()
-            ->Unit(benchmark::kNanosecond);
+            ->Unit(benchmark::nanosecond);
     if (row.repetitions > 0)
         registered->Repetitions(row.repetitions);
 }

@@ -61,18 +61,18 @@ struct Moment {
 class Story {
 public:
     Story() : source(virtual_kinect::makeRoomSource()) {
-        input.imageSize = QSize(kColourWidth, kColourHeight);
-        input.depthWidth = kDepthWidth;
-        input.depthHeight = kDepthHeight;
+        input.imageSize = QSize(colorWidth, colorHeight);
+        input.depthWidth = depthWidth;
+        input.depthHeight = depthHeight;
         input.personLostMs = lostMs;
     }
 
     QList<Moment> play() {
         QList<Moment> moments;
-        const int frameCount = int(kLoopSeconds * kFramesPerSecond);
+        const int frameCount = int(loopSeconds * framesPerSecond);
         for (int number = 0; number < frameCount; number += frameStep) {
             source->render(std::uint64_t(number), frames);
-            now = start + number * 1000 / kFramesPerSecond;
+            now = start + number * 1000 / framesPerSecond;
             input.lastDepthMm = QList<float>(frames.depth.begin(), frames.depth.end());
             pass();
             if (number % framesPerFacePass == 0) {
@@ -80,7 +80,7 @@ public:
                 pass();
             }
             moments.append(
-                {double(number) / kFramesPerSecond, state.followView, newest, status(), labels()});
+                {double(number) / framesPerSecond, state.followView, newest, status(), labels()});
             keepPicture(number);
         }
         return moments;
@@ -122,10 +122,10 @@ private:
 
     void keepPicture(int number) const {
         const QString folder = qEnvironmentVariable("LUMENO_KEEP_PICTURES");
-        if (folder.isEmpty() || number % kFramesPerSecond != 0)
+        if (folder.isEmpty() || number % framesPerSecond != 0)
             return;
         const QRect crop = state.followView.followCrop;
-        const QString name = u"follow-%1.jpg"_s.arg(number / kFramesPerSecond, 2, 10, QChar(u'0'));
+        const QString name = u"follow-%1.jpg"_s.arg(number / framesPerSecond, 2, 10, QChar(u'0'));
         colour().copy(crop.isValid() ? crop : QRect()).save(QDir(folder).filePath(name));
     }
 
@@ -173,7 +173,7 @@ QByteArray told(double from, double to) {
     QStringList lines;
     for (const Moment& moment : story) {
         if (moment.seconds < from || moment.seconds >= to ||
-            int(std::lround(moment.seconds * kFramesPerSecond)) % kFramesPerSecond != 0)
+            int(std::lround(moment.seconds * framesPerSecond)) % framesPerSecond != 0)
             continue;
         const QRect& crop = moment.view.followCrop;
         lines.append(u"%1 s: %2, zoom %3 (%4), crop %5,%6 %7x%8, sees %9"_s.arg(
@@ -191,75 +191,75 @@ QByteArray told(double from, double to) {
 void RoomFollowTest::initTestCase() {
     story = Story().play();
     if (qEnvironmentVariableIsSet("LUMENO_KEEP_PICTURES"))
-        qInfo().noquote() << told(0.0, kLoopSeconds);
+        qInfo().noquote() << told(0.0, loopSeconds);
 }
 
 void RoomFollowTest::nobodyIsFollowedInTheEmptyRoom() {
-    const double calm = share(kEmptyAtFirst.from, kEmptyAtFirst.to, [](const Moment& moment) {
+    const double calm = share(emptyAtFirst.from, emptyAtFirst.to, [](const Moment& moment) {
         return moment.status == u"No follow target"_s && moment.view.followCrop.isNull();
     });
-    QVERIFY2(calm == 1.0, told(kEmptyAtFirst.from, kEmptyAtFirst.to));
+    QVERIFY2(calm == 1.0, told(emptyAtFirst.from, emptyAtFirst.to));
 }
 
 void RoomFollowTest::theOwnerIsFollowed() {
-    const double from = kOwnerFrontal.from + 2.0;
-    const double followed = share(from, kOwnerFrontal.to, [](const Moment& moment) {
+    const double from = ownerFrontal.from + 2.0;
+    const double followed = share(from, ownerFrontal.to, [](const Moment& moment) {
         return moment.status == u"Following Tavin"_s && moment.view.followZoom > 2.5 &&
                showsHeadOf(moment, Person::Owner);
     });
-    QVERIFY2(followed > 0.95, told(from, kOwnerFrontal.to));
+    QVERIFY2(followed > 0.95, told(from, ownerFrontal.to));
 }
 
 void RoomFollowTest::thereIsNoZoomCloserThanAMetre() {
-    const double from = kOwnerVeryClose.from + 0.5;
-    const double close = share(from, kOwnerVeryClose.to, [](const Moment& moment) {
+    const double from = ownerVeryClose.from + 0.5;
+    const double close = share(from, ownerVeryClose.to, [](const Moment& moment) {
         return moment.pass.zoom.closeNoZoomActive() && moment.status == u"Following Tavin"_s;
     });
-    QVERIFY2(close > 0.95, told(from - 2.0, kOwnerVeryClose.to));
-    const double wide = share(kOwnerVeryClose.to - 0.5, kOwnerVeryClose.to,
+    QVERIFY2(close > 0.95, told(from - 2.0, ownerVeryClose.to));
+    const double wide = share(ownerVeryClose.to - 0.5, ownerVeryClose.to,
                               [](const Moment& moment) { return moment.view.followZoom < 1.5; });
-    QVERIFY2(wide == 1.0, told(from, kOwnerVeryClose.to));
+    QVERIFY2(wide == 1.0, told(from, ownerVeryClose.to));
 }
 
 void RoomFollowTest::theViewIsHeldWhileTheOwnerIsAway() {
-    const double held = share(kOwnerAway.from, kOwnerAway.to, [](const Moment& moment) {
+    const double held = share(ownerAway.from, ownerAway.to, [](const Moment& moment) {
         return moment.view.followCrop.isValid() &&
                (moment.status == u"Tavin lost, holding last position"_s ||
                 moment.status == u"Reacquiring Tavin face"_s);
     });
-    QVERIFY2(held == 1.0, told(kOwnerAway.from, kOwnerAway.to));
+    QVERIFY2(held == 1.0, told(ownerAway.from, ownerAway.to));
 }
 
 void RoomFollowTest::theOwnerIsFoundAgain() {
-    const double from = kOwnerReturned.from + 2.0;
-    const double found = share(from, kBothFrontal.from, [](const Moment& moment) {
+    const double from = ownerReturned.from + 2.0;
+    const double found = share(from, bothFrontal.from, [](const Moment& moment) {
         return moment.status == u"Following Tavin"_s && showsHeadOf(moment, Person::Owner);
     });
-    QVERIFY2(found > 0.95, told(from, kBothFrontal.from));
+    QVERIFY2(found > 0.95, told(from, bothFrontal.from));
 }
 
 void RoomFollowTest::theOwnerStaysTheTargetBesideAStranger() {
-    const double followed = share(kBothFrontal.from, kBothFrontal.to, [](const Moment& moment) {
+    const double followed = share(bothFrontal.from, bothFrontal.to, [](const Moment& moment) {
         return moment.status == u"Following Tavin"_s && showsHeadOf(moment, Person::Owner);
     });
-    QVERIFY2(followed > 0.95, told(kBothFrontal.from, kBothFrontal.to));
+    QVERIFY2(followed > 0.95, told(bothFrontal.from, bothFrontal.to));
 }
 
 void RoomFollowTest::theStrangerAloneIsFollowed() {
     // The owner's face is remembered for 5 s, and for 5 s more any body may be the owner's.
-    const double from = kStrangerAlone.from + 10.5;
-    const double followed = share(from, kStrangerAlone.to, [](const Moment& moment) {
+    const double from = strangerAlone.from + 10.5;
+    const double followed = share(from, strangerAlone.to, [](const Moment& moment) {
         return moment.status == u"Following person"_s && showsHeadOf(moment, Person::Stranger);
     });
-    QVERIFY2(followed > 0.95, told(kStrangerAlone.from, kStrangerAlone.to));
+    QVERIFY2(followed > 0.95, told(strangerAlone.from, strangerAlone.to));
 }
 
 void RoomFollowTest::theOwnerIsForgottenLongAfter() {
-    const double from = kStrangerAlone.to;
-    const double without = share(from, kLoopSeconds, [](const Moment& moment) {
+    const double from = strangerAlone.to;
+    const double without = share(from, loopSeconds, [](const Moment& moment) {
         return moment.labels.filter(identity::owner).isEmpty();
     });
-    QVERIFY2(without == 1.0, told(from, kLoopSeconds));
+    QVERIFY2(without == 1.0, told(from, loopSeconds));
 }
 
 QTEST_GUILESS_MAIN(RoomFollowTest)

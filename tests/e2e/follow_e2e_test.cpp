@@ -83,20 +83,20 @@ void keepPicture(const QString& name) {
 }
 
 /// The stranger walks to the door, still in sight.
-constexpr double kStrangerLeaving = kStrangerAlone.to + 2.0;
+constexpr double strangerLeaving = strangerAlone.to + 2.0;
 
 /// Pictures of the story's moments, by the time since it began.
 void watchStory() {
     QElapsedTimer story;
     story.start();
     const QList<std::pair<double, QString>> moments{
-        {kOwnerFrontal.to - 1.0, u"1-owner-followed"_s},
-        {kOwnerVeryClose.to - 0.3, u"2-owner-close"_s},
-        {kOwnerAway.to - 1.0, u"3-owner-away"_s},
-        {kBothFrontal.from - 0.5, u"4-owner-found-again"_s},
-        {kBothFrontal.to - 1.0, u"5-both"_s},
-        {kStrangerAlone.to - 0.4, u"6-stranger-alone"_s},
-        {kStrangerLeaving, u"7-stranger-leaves"_s}};
+        {ownerFrontal.to - 1.0, u"1-owner-followed"_s},
+        {ownerVeryClose.to - 0.3, u"2-owner-close"_s},
+        {ownerAway.to - 1.0, u"3-owner-away"_s},
+        {bothFrontal.from - 0.5, u"4-owner-found-again"_s},
+        {bothFrontal.to - 1.0, u"5-both"_s},
+        {strangerAlone.to - 0.4, u"6-stranger-alone"_s},
+        {strangerLeaving, u"7-stranger-leaves"_s}};
     for (const auto& [seconds, name] : moments) {
         const qint64 left = qint64(seconds * 1000) - story.elapsed();
         if (left > 0)
@@ -134,21 +134,21 @@ void FollowE2eTest::initTestCase() {
 }
 
 void FollowE2eTest::theOwnerIsFollowed() {
-    const QList<Line> seen = linesIn(kOwnerFrontal.from + 3.5, kOwnerFrontal.to);
+    const QList<Line> seen = linesIn(ownerFrontal.from + 3.5, ownerFrontal.to);
     QVERIFY(seen.size() >= 3);
     QVERIFY(count(seen, [](const Line& line) { return followsOwner(line) && line.zoom > 2.5; }) >=
             seen.size() - 1);
 }
 
 void FollowE2eTest::thereIsNoZoomCloserThanAMetre() {
-    const QList<Line> seen = linesIn(kOwnerVeryClose.from + 1.0, kOwnerVeryClose.to);
+    const QList<Line> seen = linesIn(ownerVeryClose.from + 1.0, ownerVeryClose.to);
     QVERIFY(!seen.isEmpty());
     QVERIFY(seen.last().closeNoZoom);
     QVERIFY2(seen.last().zoom < 2.0, qPrintable(QString::number(seen.last().zoom)));
 }
 
 void FollowE2eTest::theViewIsHeldWhileTheOwnerIsAway() {
-    const QList<Line> seen = linesIn(kOwnerAway.from + 1.0, kOwnerAway.to);
+    const QList<Line> seen = linesIn(ownerAway.from + 1.0, ownerAway.to);
     QVERIFY(!seen.isEmpty());
     for (const Line& line : seen) {
         QVERIFY2(line.status == u"Tavin lost, holding last position"_s ||
@@ -159,14 +159,14 @@ void FollowE2eTest::theViewIsHeldWhileTheOwnerIsAway() {
 }
 
 void FollowE2eTest::theOwnerIsFoundAgain() {
-    const QList<Line> seen = linesIn(kOwnerReturned.from + 3.0, kBothFrontal.to);
+    const QList<Line> seen = linesIn(ownerReturned.from + 3.0, bothFrontal.to);
     QVERIFY(seen.size() >= 5);
     QVERIFY(count(seen, followsOwner) >= seen.size() - 2);
 }
 
 void FollowE2eTest::theStrangerAloneIsFollowed() {
     // The owner's face is remembered for 5 s, and for 5 s more any body may be the owner's.
-    const QList<Line> seen = linesIn(kStrangerAlone.to - 1.5, kStrangerLeaving);
+    const QList<Line> seen = linesIn(strangerAlone.to - 1.5, strangerLeaving);
     QVERIFY(!seen.isEmpty());
     QCOMPARE(seen.last().status, u"Following person"_s);
 }

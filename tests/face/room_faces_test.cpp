@@ -35,7 +35,7 @@ std::optional<Head> headOf(Person who, double seconds) {
         if (moment.who != who)
             continue;
         return Head{project({moment.x_m, headHeight_m(who) + moment.lift_m, moment.z_m}),
-                    0.18 * kFocalPixels / moment.z_m};
+                    0.18 * focalPixels / moment.z_m};
     }
     return std::nullopt;
 }
@@ -66,7 +66,7 @@ struct Distances {
 class Watch {
 public:
     QImage colourAt(double seconds) {
-        source->render(static_cast<std::uint64_t>(std::lround(seconds * kFramesPerSecond)), frames);
+        source->render(static_cast<std::uint64_t>(std::lround(seconds * framesPerSecond)), frames);
         return QImage(frames.bgrx.data(), frames.colorWidth, frames.colorHeight,
                       QImage::Format_RGB32)
             .convertToFormat(QImage::Format_RGB888);
@@ -138,11 +138,11 @@ void RoomFacesTest::theOwnerIsNamedAndNobodyElse_data() {
         QTest::newRow(name) << from << to << owner << stranger;
     };
     row("nobody but the poster", 0.0, 1.6, 0, 0);
-    row("the owner comes in and stands", kOwnerWalksIn.to - 1.0, kOwnerFrontal.from + 2.5, 3, 0);
-    row("the owner is very close", kOwnerVeryClose.from, kOwnerVeryClose.from + 1.5, 2, 0);
-    row("the owner turns to both sides", kOwnerProfileLeft.from - 0.6, kOwnerProfileRight.to, 1, 0);
-    row("both are there", kBothFrontal.from, kBothFrontal.from + 4.5, 6, 2);
-    row("the owner leaves the stranger alone", kBothFrontal.to - 1.0, kStrangerAlone.from + 4.5, 1,
+    row("the owner comes in and stands", ownerWalksIn.to - 1.0, ownerFrontal.from + 2.5, 3, 0);
+    row("the owner is very close", ownerVeryClose.from, ownerVeryClose.from + 1.5, 2, 0);
+    row("the owner turns to both sides", ownerProfileLeft.from - 0.6, ownerProfileRight.to, 1, 0);
+    row("both are there", bothFrontal.from, bothFrontal.from + 4.5, 6, 2);
+    row("the owner leaves the stranger alone", bothFrontal.to - 1.0, strangerAlone.from + 4.5, 1,
         2);
 }
 
@@ -198,7 +198,7 @@ void RoomFacesTest::theWorkerNamesTheOwner() {
             [&shown](const QList<FaceOverlay>& overlays) { shown = overlays; });
     connect(&worker, &FaceRecognitionWorker::statusChanged, this,
             [&statuses](const QString& status) { statuses.append(status); });
-    worker.submitFrame(watch->colourAt(kOwnerFrontal.from + 2.0));
+    worker.submitFrame(watch->colourAt(ownerFrontal.from + 2.0));
     worker.start();
     QTRY_COMPARE_WITH_TIMEOUT(shown.size(), 1, 120'000);
     QCOMPARE(shown[0].label, u"Tavin"_s);

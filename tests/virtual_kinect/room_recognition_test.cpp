@@ -66,7 +66,7 @@ class RoomRecognitionTest : public QObject {
 
 private Q_SLOTS:
     void initTestCase();
-    void samplesAreGreySquaresAndTheSameAtEveryRun();
+    void samplesAreGraySquaresAndTheSameAtEveryRun();
     void samplesGoIntoAFolderThatDidNotExist();
     void aFolderThatCannotBeMadeIsAnError();
     void theOwnerIsKnown_data();
@@ -85,7 +85,7 @@ private:
     FaceTools tools;
     std::unique_ptr<FrameSource> room;
     FrameSet set;
-    cv::Mat grey; ///< of the last frame looked at
+    cv::Mat gray; ///< of the last frame looked at
 };
 
 void RoomRecognitionTest::initTestCase() {
@@ -102,17 +102,17 @@ void RoomRecognitionTest::initTestCase() {
 }
 
 Looked RoomRecognitionTest::lookAt(double seconds, const std::string& detector) {
-    const auto number = static_cast<std::uint64_t>(std::lround(seconds * kFramesPerSecond));
+    const auto number = static_cast<std::uint64_t>(std::lround(seconds * framesPerSecond));
     room->render(number, set);
-    const cv::Mat colour(set.colorHeight, set.colorWidth, CV_8UC4, set.bgrx.data());
-    cv::cvtColor(colour, grey, cv::COLOR_BGRA2GRAY);
+    const cv::Mat color(set.colorHeight, set.colorWidth, CV_8UC4, set.bgrx.data());
+    cv::cvtColor(color, gray, cv::COLOR_BGRA2GRAY);
     Looked looked{storySeconds(number), {}, peopleAt(storySeconds(number))};
     options.detector = detector;
-    looked.faces = findFaces(grey, tools, options, {}).faces;
+    looked.faces = findFaces(gray, tools, options, {}).faces;
     return looked;
 }
 
-void RoomRecognitionTest::samplesAreGreySquaresAndTheSameAtEveryRun() {
+void RoomRecognitionTest::samplesAreGraySquaresAndTheSameAtEveryRun() {
     const QDir dir(folder.path());
     const QStringList names = dir.entryList(QDir::Files);
     QVERIFY(names.size() >= 20 && names.size() <= 60);
@@ -147,20 +147,20 @@ void RoomRecognitionTest::theOwnerIsKnown_data() {
     const auto row = [](const char* name, Span span) {
         QTest::newRow(name) << span.from << span.to;
     };
-    row("frontal", kOwnerFrontal);
-    row("coming closer", {kOwnerFrontal.to, kOwnerVeryClose.from});
-    row("very close", kOwnerVeryClose);
-    row("after the profiles", kOwnerFrontalThird);
-    row("returned", kOwnerReturned);
+    row("frontal", ownerFrontal);
+    row("coming closer", {ownerFrontal.to, ownerVeryClose.from});
+    row("very close", ownerVeryClose);
+    row("after the profiles", ownerFrontalThird);
+    row("returned", ownerReturned);
 }
 
 void RoomRecognitionTest::theOwnerIsKnown() {
     QFETCH(double, from);
     QFETCH(double, to);
-    constexpr int kLooks = 5;
+    constexpr int looks = 5;
     int found = 0;
-    for (int i = 0; i < kLooks; ++i) {
-        const Looked looked = lookAt(from + (to - from) * (i + 0.37) / kLooks);
+    for (int i = 0; i < looks; ++i) {
+        const Looked looked = lookAt(from + (to - from) * (i + 0.37) / looks);
         const FaceObservation* face = faceOf(looked, Person::Owner, "frontal");
         if (face == nullptr)
             continue;
@@ -169,12 +169,12 @@ void RoomRecognitionTest::theOwnerIsKnown() {
         QVERIFY2(face->distance <= 55, qPrintable(QString::number(face->distance)));
         QVERIFY2(face->rect.width > 84, qPrintable(QString::number(face->rect.width)));
     }
-    QCOMPARE(found, kLooks);
+    QCOMPARE(found, looks);
 }
 
 void RoomRecognitionTest::theStrangerIsFoundAndNeverTheOwner() {
     int found = 0, looks = 0;
-    for (double seconds = kBothFrontal.from + 0.2; seconds < kStrangerAlone.to; seconds += 2.3) {
+    for (double seconds = bothFrontal.from + 0.2; seconds < strangerAlone.to; seconds += 2.3) {
         const Looked looked = lookAt(seconds);
         ++looks;
         if (const FaceObservation* face = faceOf(looked, Person::Stranger, "frontal")) {
@@ -193,12 +193,12 @@ void RoomRecognitionTest::thePosterNeverLooksLikeTheOwner() {
     for (const double seconds : {1.0, 10.3, 39.0, 60.7}) {
         const Looked looked = lookAt(seconds);
         for (const FaceObservation& face : looked.faces) {
-            if (!shows(face.rect, project(kPosterFace)))
+            if (!shows(face.rect, project(posterFacePlace)))
                 continue;
             ++found;
             QVERIFY(!face.owner);
             // It is too small for the program to ask; this is what the answer would be.
-            cv::Mat print = grey(face.rect).clone();
+            cv::Mat print = gray(face.rect).clone();
             cv::equalizeHist(print, print);
             cv::resize(print, print, {sampleSidePx, sampleSidePx}, 0, 0, cv::INTER_AREA);
             int label = 0;
@@ -214,9 +214,9 @@ void RoomRecognitionTest::profilesAreFound_data() {
     QTest::addColumn<double>("from");
     QTest::addColumn<double>("to");
     QTest::addColumn<std::string>("detector");
-    QTest::newRow("left") << kOwnerProfileLeft.from << kOwnerProfileLeft.to
+    QTest::newRow("left") << ownerProfileLeft.from << ownerProfileLeft.to
                           << std::string("profile_left");
-    QTest::newRow("right") << kOwnerProfileRight.from << kOwnerProfileRight.to
+    QTest::newRow("right") << ownerProfileRight.from << ownerProfileRight.to
                            << std::string("profile_right");
 }
 
@@ -224,21 +224,20 @@ void RoomRecognitionTest::profilesAreFound() {
     QFETCH(double, from);
     QFETCH(double, to);
     QFETCH(std::string, detector);
-    constexpr int kLooks = 4;
+    constexpr int looks = 4;
     int found = 0;
-    for (int i = 0; i < kLooks; ++i) {
-        const Looked looked =
-            lookAt(from + (to - from) * (i + 0.41) / kLooks, "frontal_or_profile");
+    for (int i = 0; i < looks; ++i) {
+        const Looked looked = lookAt(from + (to - from) * (i + 0.41) / looks, "frontal_or_profile");
         found += faceOf(looked, Person::Owner, detector) != nullptr;
     }
-    QVERIFY2(found >= 3, qPrintable(QStringLiteral("%1 of %2").arg(found).arg(kLooks)));
+    QVERIFY2(found >= 3, qPrintable(QStringLiteral("%1 of %2").arg(found).arg(looks)));
 }
 
 void RoomRecognitionTest::anEmptyRoomShowsOnlyThePoster() {
     for (const double seconds : {1.0, 39.0}) {
         const Looked looked = lookAt(seconds, "frontal_or_profile");
         for (const FaceObservation& face : looked.faces)
-            QVERIFY2(shows(face.rect, project(kPosterFace)),
+            QVERIFY2(shows(face.rect, project(posterFacePlace)),
                      qPrintable(QStringLiteral("%1, %2").arg(face.rect.x).arg(face.rect.y)));
     }
 }

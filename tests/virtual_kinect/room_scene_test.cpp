@@ -14,7 +14,7 @@ using namespace virtual_kinect::room;
 namespace {
 
 std::uint64_t frameAt(double seconds) {
-    return static_cast<std::uint64_t>(std::lround(seconds * kFramesPerSecond));
+    return static_cast<std::uint64_t>(std::lround(seconds * framesPerSecond));
 }
 
 double middleOf(const Span& span) {
@@ -30,8 +30,8 @@ QList<BodyCandidate> bodiesIn(const FrameSet& set) {
 /// Depth pixel that shows a point.
 std::size_t depthIndexOf(const cv::Point3d& point) {
     const cv::Point2d p = project(point);
-    return static_cast<std::size_t>(p.y * kDepthHeight / kColourHeight) * kDepthWidth +
-           static_cast<std::size_t>(p.x * kDepthWidth / kColourWidth);
+    return static_cast<std::size_t>(p.y * depthHeight / colorHeight) * depthWidth +
+           static_cast<std::size_t>(p.x * depthWidth / colorWidth);
 }
 
 } // namespace
@@ -87,7 +87,7 @@ void RoomSceneTest::theSameNumberShowsTheSameBytes() {
         QVERIFY(again.bgrx == set.bgrx);
         QVERIFY(again.depth == set.depth);
         QVERIFY(again.infrared == set.infrared);
-        another->render(frameAt(seconds + kLoopSeconds), again);
+        another->render(frameAt(seconds + loopSeconds), again);
         QVERIFY(again.bgrx == set.bgrx && again.depth == set.depth);
     }
 }
@@ -131,7 +131,7 @@ void RoomSceneTest::theCarpetReturnsNoDepth() {
     for (double z = 1.8; z < 3.7; z += 0.1)
         for (double x = -1.2; x <= 1.2; x += 0.1) {
             const cv::Point3d point(x, 0, z);
-            if (project(point).y < kColourHeight)
+            if (project(point).y < colorHeight)
                 QCOMPARE(set.depth[depthIndexOf(point)], 0.0F);
         }
 }
@@ -171,13 +171,13 @@ void RoomSceneTest::eachPersonIsOneBody_data() {
     const auto row = [](const char* name, Span span, int people) {
         QTest::newRow(name) << span.from << span.to << people;
     };
-    row("owner frontal", kOwnerFrontal, 1);
-    row("left profile", kOwnerProfileLeft, 1);
-    row("right profile", kOwnerProfileRight, 1);
-    row("both", kBothFrontal, 2);
-    row("stranger alone", kStrangerAlone, 1);
-    row("owner walking in", {4.2, kOwnerWalksIn.to}, 1);
-    row("owner walking out", {kOwnerFrontalThird.to, 36.0}, 1);
+    row("owner frontal", ownerFrontal, 1);
+    row("left profile", ownerProfileLeft, 1);
+    row("right profile", ownerProfileRight, 1);
+    row("both", bothFrontal, 2);
+    row("stranger alone", strangerAlone, 1);
+    row("owner walking in", {4.2, ownerWalksIn.to}, 1);
+    row("owner walking out", {ownerFrontalThird.to, 36.0}, 1);
 }
 
 void RoomSceneTest::eachPersonIsOneBody() {
@@ -206,7 +206,7 @@ void RoomSceneTest::eachPersonIsOneBody() {
 void RoomSceneTest::theSensorsRangeChangesNoBody() {
     constexpr float maxDepth_mm = 4500;
     std::ptrdiff_t lost = 0;
-    for (double seconds = 0; seconds < kLoopSeconds; seconds += 1.3) {
+    for (double seconds = 0; seconds < loopSeconds; seconds += 1.3) {
         room->render(frameAt(seconds), set);
         const QList<BodyCandidate> whole = bodiesIn(set);
         lost += std::ranges::count_if(set.depth, [](float mm) { return mm > maxDepth_mm; });
@@ -223,7 +223,7 @@ void RoomSceneTest::theSensorsRangeChangesNoBody() {
 }
 
 void RoomSceneTest::anEmptyRoomHasNoBodies() {
-    for (const Span& span : {kEmptyAtFirst, kOwnerAway, kEmptyAtLast})
+    for (const Span& span : {emptyAtFirst, ownerAway, emptyAtLast})
         for (double seconds = span.from; seconds < span.to; seconds += 0.1) {
             room->render(frameAt(seconds), set);
             QVERIFY(bodiesIn(set).isEmpty());
@@ -231,14 +231,14 @@ void RoomSceneTest::anEmptyRoomHasNoBodies() {
 }
 
 void RoomSceneTest::aPersonTooNearIsNoBody() {
-    for (double seconds = kOwnerVeryClose.from; seconds < kOwnerVeryClose.to; seconds += 0.3) {
+    for (double seconds = ownerVeryClose.from; seconds < ownerVeryClose.to; seconds += 0.3) {
         room->render(frameAt(seconds), set);
         QVERIFY(bodiesIn(set).isEmpty());
     }
 }
 
 void RoomSceneTest::aFaceInDepthIsAtThePersonsDistance() {
-    for (const Span& span : {kOwnerFrontal, kOwnerVeryClose, kBothFrontal, kStrangerAlone}) {
+    for (const Span& span : {ownerFrontal, ownerVeryClose, bothFrontal, strangerAlone}) {
         const double seconds = middleOf(span);
         room->render(frameAt(seconds), set);
         for (const PersonMoment& moment : peopleAt(storySeconds(frameAt(seconds)))) {
@@ -260,8 +260,8 @@ void RoomSceneTest::nearerMeansBrighterInInfrared() {
         room->render(frameAt(1), set);
         return set.infrared[depthIndexOf({1.3, 2.0, 4.5})];
     }();
-    const float standing = brightness(middleOf(kOwnerFrontal));
-    const float close = brightness(middleOf(kOwnerVeryClose));
+    const float standing = brightness(middleOf(ownerFrontal));
+    const float close = brightness(middleOf(ownerVeryClose));
     QVERIFY(wall > 100);
     QVERIFY(standing > 2 * wall);
     QVERIFY(close > 2 * standing);

@@ -22,7 +22,7 @@ std::optional<PersonMoment> find(Person who, double seconds) {
 bool inSight(const std::optional<PersonMoment>& moment, double breadth_m = 0.8) {
     if (!moment)
         return false;
-    const double reach = moment->z_m * kColourWidth / 2 / kFocalPixels;
+    const double reach = moment->z_m * colorWidth / 2 / focalPixels;
     return std::abs(moment->x_m) < reach + breadth_m / 2;
 }
 
@@ -47,26 +47,25 @@ private Q_SLOTS:
 };
 
 void RoomStoryTest::theLoopRepeatsItself() {
-    const auto frames = static_cast<std::uint64_t>(kLoopSeconds * kFramesPerSecond);
+    const auto frames = static_cast<std::uint64_t>(loopSeconds * framesPerSecond);
     QCOMPARE(storySeconds(0), 0.0);
     QCOMPARE(storySeconds(30), 1.0);
     QCOMPARE(storySeconds(frames), 0.0);
     QCOMPARE(storySeconds(frames * 1000 + 45), 1.5);
-    QVERIFY(storySeconds(frames - 1) < kLoopSeconds);
+    QVERIFY(storySeconds(frames - 1) < loopSeconds);
 }
 
 void RoomStoryTest::stretchesFollowEachOther() {
-    const Span spans[]{kEmptyAtFirst,      kOwnerWalksIn,      kOwnerFrontal,
-                       kOwnerVeryClose,    kOwnerFrontalAgain, kOwnerProfileLeft,
-                       kOwnerProfileRight, kOwnerFrontalThird, kOwnerAway,
-                       kOwnerReturned,     kStrangerAlone,     kEmptyAtLast};
+    const Span spans[]{emptyAtFirst,      ownerWalksIn,     ownerFrontal,      ownerVeryClose,
+                       ownerFrontalAgain, ownerProfileLeft, ownerProfileRight, ownerFrontalThird,
+                       ownerAway,         ownerReturned,    strangerAlone,     emptyAtLast};
     double before = 0;
     for (const Span& span : spans) {
         QVERIFY(span.from >= before);
         QVERIFY(span.to > span.from);
         before = span.to;
     }
-    QCOMPARE(before, kLoopSeconds);
+    QCOMPARE(before, loopSeconds);
 }
 
 void RoomStoryTest::whoIsWhere_data() {
@@ -81,18 +80,17 @@ void RoomStoryTest::whoIsWhere_data() {
         QTest::newRow(name) << span.from << span.to << owner << stranger << distance_m
                             << yawDegrees;
     };
-    row("empty at first", kEmptyAtFirst, false, false, 0, 0);
-    row("owner frontal", kOwnerFrontal, true, false, kStandingDistance, 0);
-    row("owner closer than a metre", kOwnerVeryClose, true, false, kCloseDistance, 0);
-    row("owner back again", kOwnerFrontalAgain, true, false, kStandingDistance, 0);
-    row("owner in left profile", kOwnerProfileLeft, true, false, kStandingDistance,
-        -kSidewaysDegrees);
-    row("owner in right profile", kOwnerProfileRight, true, false, kStandingDistance,
-        kSidewaysDegrees);
-    row("owner frontal a third time", kOwnerFrontalThird, true, false, kStandingDistance, 0);
-    row("both", kBothFrontal, true, true, kStandingDistance, 0);
-    row("stranger alone", kStrangerAlone, false, true, kStandingDistance, 0);
-    row("empty at last", kEmptyAtLast, false, false, 0, 0);
+    row("empty at first", emptyAtFirst, false, false, 0, 0);
+    row("owner frontal", ownerFrontal, true, false, standingDistance, 0);
+    row("owner closer than a metre", ownerVeryClose, true, false, closeDistance, 0);
+    row("owner back again", ownerFrontalAgain, true, false, standingDistance, 0);
+    row("owner in left profile", ownerProfileLeft, true, false, standingDistance, -sidewaysDegrees);
+    row("owner in right profile", ownerProfileRight, true, false, standingDistance,
+        sidewaysDegrees);
+    row("owner frontal a third time", ownerFrontalThird, true, false, standingDistance, 0);
+    row("both", bothFrontal, true, true, standingDistance, 0);
+    row("stranger alone", strangerAlone, false, true, standingDistance, 0);
+    row("empty at last", emptyAtLast, false, false, 0, 0);
 }
 
 void RoomStoryTest::whoIsWhere() {
@@ -118,9 +116,9 @@ void RoomStoryTest::whoIsWhere() {
 
 void RoomStoryTest::nobodyIsInSightWhileTheOwnerIsAway() {
     // Long enough to lose the owner, short enough for the follow view to wait.
-    QVERIFY(kOwnerAway.to - kOwnerAway.from > 3);
-    QVERIFY(kOwnerAway.to - kOwnerAway.from < 5);
-    for (double seconds = kOwnerAway.from; seconds < kOwnerAway.to; seconds += 0.05)
+    QVERIFY(ownerAway.to - ownerAway.from > 3);
+    QVERIFY(ownerAway.to - ownerAway.from < 5);
+    for (double seconds = ownerAway.from; seconds < ownerAway.to; seconds += 0.05)
         QVERIFY(!inSight(find(Person::Owner, seconds)) && !find(Person::Stranger, seconds));
 }
 
@@ -142,12 +140,12 @@ void RoomStoryTest::nobodyJumps() {
 }
 
 void RoomStoryTest::theTwoStandClearOfEachOther() {
-    for (double seconds = kBothFrontal.from; seconds < kBothFrontal.to; seconds += 0.1) {
+    for (double seconds = bothFrontal.from; seconds < bothFrontal.to; seconds += 0.1) {
         const auto owner = find(Person::Owner, seconds), stranger = find(Person::Stranger, seconds);
         QVERIFY(owner && stranger);
         QVERIFY(std::abs(owner->x_m - stranger->x_m) > 0.9);
         const double apart = std::abs(owner->x_m / owner->z_m - stranger->x_m / stranger->z_m) *
-                             kFocalPixels / kColourWidth;
+                             focalPixels / colorWidth;
         QVERIFY2(apart > 0.28, qPrintable(QString::number(apart)));
     }
 }

@@ -89,7 +89,7 @@ ImageHeader readPng(Reader& reader) {
             const std::uint32_t width = reader.readNumber(4);
             reader.setSize(header, width, reader.readNumber(4));
             const std::uint32_t depthAndKind = reader.readNumber(2);
-            header.grey16 = depthAndKind == 0x1000;
+            header.gray16 = depthAndKind == 0x1000;
             reader.skip(3 + 4);
             continue;
         }

@@ -9,7 +9,7 @@ namespace virtual_kinect {
 struct ImageHeader {
     int width = 0;
     int height = 0;
-    bool grey16 = false; ///< one channel of 16 bits
+    bool gray16 = false; ///< one channel of 16 bits
 };
 
 /// Reads the header of a PNG or JPEG file and looks whether the file is there up to its end,

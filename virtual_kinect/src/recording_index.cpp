@@ -133,9 +133,9 @@ void setSteadyTimes(RecordingIndex& index) {
 }
 
 /// The common size of some images. `grey16`: they must be PNG with one channel of 16 bits.
-void requireSize(const fs::path& file, bool grey16, int& width, int& height) {
+void requireSize(const fs::path& file, bool gray16, int& width, int& height) {
     const ImageHeader header = readImageHeader(file);
-    if (grey16 && !header.grey16)
+    if (gray16 && !header.gray16)
         fail(file.string() + " is not a PNG with one channel of 16 bits");
     if (width == 0) {
         width = header.width;

@@ -10,9 +10,9 @@
 namespace virtual_kinect::room {
 namespace {
 
-constexpr float kPi = std::numbers::pi_v<float>;
+constexpr float pi = std::numbers::pi_v<float>;
 /// Reflectance from which a surface counts as retro-reflective.
-constexpr float kReflector = 255;
+constexpr float reflectorShade = 255;
 
 cv::Mat shirtCloth(const BodyLook& look) {
     cv::Mat texture = cloth(look.shirt, 120, {24, 60}, look.seed);
@@ -120,7 +120,8 @@ Wardrobe::Wardrobe(const BodyLook& look)
       shoes(cloth(look.shoes, 60, {20, 20}, look.seed + 30)) {
     if (look.reflectiveBands) {
         const int band = sleeve.rows * 2 / 5;
-        sleeve.rowRange(band, band + sleeve.rows / 14).setTo(cv::Scalar(205, 210, 210, kReflector));
+        sleeve.rowRange(band, band + sleeve.rows / 14)
+            .setTo(cv::Scalar(205, 210, 210, reflectorShade));
     }
 }
 
@@ -128,7 +129,7 @@ std::vector<Surface> makeBody(const BodyLook& look, const Wardrobe& clothes, dou
     const auto height = static_cast<float>(look.height_m);
     const auto breadth = static_cast<float>(look.breadth);
     const bool walking = stride >= 0;
-    const float phase = walking ? 2 * kPi * static_cast<float>(stride) : 0;
+    const float phase = walking ? 2 * pi * static_cast<float>(stride) : 0;
 
     std::vector<Surface> parts{trunk(look, clothes.shirt)};
     parts.push_back(tube({{{0, 0.905F * height, 0.005F}, 0.052F, 0.055F},

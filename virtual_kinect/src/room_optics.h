@@ -13,15 +13,15 @@
 /// other whole find here what they assume.
 namespace virtual_kinect::room {
 
-constexpr int kColourWidth = 1920, kColourHeight = 1080;
-constexpr int kDepthWidth = 512, kDepthHeight = 424;
-constexpr double kFocalPixels = 1066; ///< about 84 degrees across the colour picture
-constexpr double kSensorHeight_m = 1.4;
+constexpr int colorWidth = 1920, colorHeight = 1080;
+constexpr int depthWidth = 512, depthHeight = 424;
+constexpr double focalPixels = 1066; ///< about 84 degrees across the colour picture
+constexpr double sensorHeight_m = 1.4;
 
 /// Colour pixel that shows a point.
 inline cv::Point2d project(const cv::Point3d& p) {
-    return {kColourWidth / 2.0 + kFocalPixels * p.x / p.z,
-            kColourHeight / 2.0 - kFocalPixels * (p.y - kSensorHeight_m) / p.z};
+    return {colorWidth / 2.0 + focalPixels * p.x / p.z,
+            colorHeight / 2.0 - focalPixels * (p.y - sensorHeight_m) / p.z};
 }
 
 /// Infrared intensity that a surface sends back: falls with the square of its distance. About 8000

@@ -9,13 +9,13 @@
 namespace virtual_kinect::room {
 namespace {
 
-constexpr int kHeadSteps = 6, kBodySteps = 4; ///< pictures from the front to the side
-constexpr int kStridePhases = 8;
-constexpr double kHeadPixelsPerMetre = 1000, kBodyPixelsPerMetre = 420;
-constexpr double kQuarterTurn = std::numbers::pi / 2;
+constexpr int headSteps = 6, bodySteps = 4; ///< pictures from the front to the side
+constexpr int stridePhases = 8;
+constexpr double headPixelsPerMeter = 1000, bodyPixelsPerMeter = 420;
+constexpr double quarterTurn = std::numbers::pi / 2;
 
 std::size_t viewIndex(double yaw, int steps) {
-    const long step = std::lround(yaw / kQuarterTurn * steps);
+    const long step = std::lround(yaw / quarterTurn * steps);
     return static_cast<std::size_t>(std::clamp<long>(step, -steps, steps) + steps);
 }
 
@@ -27,7 +27,7 @@ std::vector<Sprite> drawAllRound(int steps, const Draw& draw) {
     for (int step = 0; step <= steps; ++step) {
         const auto middle = static_cast<std::size_t>(steps),
                    offset = static_cast<std::size_t>(step);
-        views[middle + offset] = draw(kQuarterTurn * step / steps);
+        views[middle + offset] = draw(quarterTurn * step / steps);
         if (step > 0)
             views[middle - offset] = mirrored(views[middle + offset]);
     }
@@ -37,7 +37,7 @@ std::vector<Sprite> drawAllRound(int steps, const Draw& draw) {
 Sprite drawBody(const BodyLook& look, const Wardrobe& clothes, double yaw, double stride) {
     // Only a step seen from the side reaches far.
     const double reach = stride >= 0 && yaw != 0 ? 0.48 : 0.34;
-    SpriteCanvas canvas({-reach, reach, -0.03, 0.9 * look.height_m, kBodyPixelsPerMetre}, yaw);
+    SpriteCanvas canvas({-reach, reach, -0.03, 0.9 * look.height_m, bodyPixelsPerMeter}, yaw);
     for (const Surface& part : makeBody(look, clothes, stride))
         canvas.draw(part);
     return canvas.finish();
@@ -114,33 +114,33 @@ PersonSprites::PersonSprites(Person who) {
     const Wardrobe clothes(look);
 
     const std::vector<Surface> head = makeHead(face);
-    heads = drawAllRound(kHeadSteps, [&](double yaw) {
-        SpriteCanvas canvas({-0.15, 0.15, -0.14, 0.14, kHeadPixelsPerMetre}, yaw);
+    heads = drawAllRound(headSteps, [&](double yaw) {
+        SpriteCanvas canvas({-0.15, 0.15, -0.14, 0.14, headPixelsPerMeter}, yaw);
         for (const Surface& part : head)
             canvas.draw(part);
         return canvas.finish();
     });
     standing =
-        drawAllRound(kBodySteps, [&](double yaw) { return drawBody(look, clothes, yaw, -1); });
-    for (int phase = 0; phase < kStridePhases; ++phase) {
-        const double stride = static_cast<double>(phase) / kStridePhases;
+        drawAllRound(bodySteps, [&](double yaw) { return drawBody(look, clothes, yaw, -1); });
+    for (int phase = 0; phase < stridePhases; ++phase) {
+        const double stride = static_cast<double>(phase) / stridePhases;
         walkingAhead.push_back(drawBody(look, clothes, 0, stride));
-        walkingRight.push_back(drawBody(look, clothes, kQuarterTurn, stride));
+        walkingRight.push_back(drawBody(look, clothes, quarterTurn, stride));
         walkingLeft.push_back(mirrored(walkingRight.back()));
     }
 }
 
 const Sprite& PersonSprites::body(const PersonMoment& moment) const {
     if (moment.stride < 0)
-        return standing[viewIndex(moment.yaw, kBodySteps)];
-    const auto phase = static_cast<std::size_t>(moment.stride * kStridePhases) % kStridePhases;
-    if (std::abs(moment.yaw) < kQuarterTurn / 2)
+        return standing[viewIndex(moment.yaw, bodySteps)];
+    const auto phase = static_cast<std::size_t>(moment.stride * stridePhases) % stridePhases;
+    if (std::abs(moment.yaw) < quarterTurn / 2)
         return walkingAhead[phase];
     return moment.yaw < 0 ? walkingLeft[phase] : walkingRight[phase];
 }
 
 const Sprite& PersonSprites::head(const PersonMoment& moment) const {
-    return heads[viewIndex(moment.yaw, kHeadSteps)];
+    return heads[viewIndex(moment.yaw, headSteps)];
 }
 
 } // namespace virtual_kinect::room

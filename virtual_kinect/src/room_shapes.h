@@ -20,6 +20,6 @@ Surface ball(const cv::Vec3f& middle, const cv::Vec3f& radius, const cv::Mat& te
 
 /// A texture of one colour (blue, green, red) and infrared reflectance, 0 to 255, with folds of
 /// the given size in its own 192 x 256 pixels.
-cv::Mat cloth(const cv::Vec3f& colour, float reflectance, cv::Size2d folds, std::uint64_t seed);
+cv::Mat cloth(const cv::Vec3f& color, float reflectance, cv::Size2d folds, std::uint64_t seed);
 
 } // namespace virtual_kinect::room

@@ -9,12 +9,12 @@ namespace virtual_kinect::room {
 namespace {
 
 /// Sprites are drawn this much larger and then shrunk, which smooths their edges.
-constexpr int kOversampling = 2;
-constexpr float kFarAway = -1000.0F;
+constexpr int oversampling = 2;
+constexpr float farAway = -1000.0F;
 
 /// A lamp at the ceiling a little to the right of the sensor, and light from everywhere.
-constexpr float kAmbient = 0.50F, kLamp = 0.58F;
-const cv::Vec3f kLampDirection = cv::normalize(cv::Vec3f(0.22F, 0.42F, 0.88F));
+constexpr float ambientLight = 0.50F, lampLight = 0.58F;
+const cv::Vec3f lampDirection = cv::normalize(cv::Vec3f(0.22F, 0.42F, 0.88F));
 
 cv::Vec3f normalAt(const std::vector<cv::Vec3f>& points, int columns, int rows, int column,
                    int row) {
@@ -37,14 +37,14 @@ struct Slope {
 } // namespace
 
 SpriteCanvas::SpriteCanvas(const SpriteFrame& frame, double yaw)
-    : area(frame), scale(frame.pixelsPerMetre * kOversampling),
+    : area(frame), scale(frame.pixelsPerMeter * oversampling),
       cosine(static_cast<float>(std::cos(yaw))), sine(static_cast<float>(std::sin(yaw))) {
-    const int width = static_cast<int>(std::ceil((area.right - area.left) * area.pixelsPerMetre));
-    const int height = static_cast<int>(std::ceil((area.top - area.bottom) * area.pixelsPerMetre));
-    const cv::Size size(width * kOversampling, height * kOversampling);
-    colour = cv::Mat::zeros(size, CV_8UC4);
+    const int width = static_cast<int>(std::ceil((area.right - area.left) * area.pixelsPerMeter));
+    const int height = static_cast<int>(std::ceil((area.top - area.bottom) * area.pixelsPerMeter));
+    const cv::Size size(width * oversampling, height * oversampling);
+    color = cv::Mat::zeros(size, CV_8UC4);
     infrared = cv::Mat::zeros(size, CV_8U);
-    nearest = cv::Mat(size, CV_32F, cv::Scalar(kFarAway));
+    nearest = cv::Mat(size, CV_32F, cv::Scalar(farAway));
 }
 
 std::vector<SpriteCanvas::Corner> SpriteCanvas::project(const Surface& surface) const {
@@ -59,12 +59,12 @@ std::vector<SpriteCanvas::Corner> SpriteCanvas::project(const Surface& surface) 
         for (int column = 0; column < surface.columns; ++column) {
             const cv::Vec3f& p = turned[corners.size()];
             const cv::Vec3f normal = normalAt(turned, surface.columns, surface.rows, column, row);
-            const float lamp = std::max(0.0F, normal.dot(kLampDirection));
+            const float lamp = std::max(0.0F, normal.dot(lampDirection));
             corners.push_back({static_cast<float>((p[0] - area.left) * scale),
                                static_cast<float>((area.top - p[1]) * scale), p[2],
                                static_cast<float>(column) / static_cast<float>(surface.columns - 1),
                                static_cast<float>(row) / static_cast<float>(surface.rows - 1),
-                               kAmbient + kLamp * lamp});
+                               ambientLight + lampLight * lamp});
         }
     }
     return corners;
@@ -104,10 +104,10 @@ void SpriteCanvas::fillTriangle(const Corner& a, const Corner& b, const Corner& 
                 light = steps(&Corner::light);
 
     const int top = std::max(0, cvCeil(std::min({a.y, b.y, c.y}) - 0.5F));
-    const int bottom = std::min(colour.rows - 1, cvFloor(std::max({a.y, b.y, c.y}) - 0.5F));
+    const int bottom = std::min(color.rows - 1, cvFloor(std::max({a.y, b.y, c.y}) - 0.5F));
     for (int y = top; y <= bottom; ++y) {
         const float middle = static_cast<float>(y) + 0.5F;
-        float left = static_cast<float>(colour.cols), right = 0;
+        float left = static_cast<float>(color.cols), right = 0;
         for (const auto& [from, to] : {std::pair(&a, &b), std::pair(&b, &c), std::pair(&c, &a)}) {
             if ((from->y <= middle) == (to->y <= middle))
                 continue;
@@ -117,7 +117,7 @@ void SpriteCanvas::fillTriangle(const Corner& a, const Corner& b, const Corner& 
         }
         // Half a hundredth of a pixel more, so that no gap opens between neighbours.
         const int first = std::max(0, cvCeil(left - 0.505F));
-        const int last = std::min(colour.cols - 1, cvFloor(right - 0.495F));
+        const int last = std::min(color.cols - 1, cvFloor(right - 0.495F));
         auto* nearestRow = nearest.ptr<float>(y);
         for (int x = first; x <= last; ++x) {
             const float dx = static_cast<float>(x) + 0.5F - a.x, dy = middle - a.y;
@@ -138,44 +138,44 @@ void SpriteCanvas::paintPixel(int y, int x, float u, float v, float light, const
     const auto lit = [light](uchar value) {
         return static_cast<uchar>(std::min(255.0F, static_cast<float>(value) * light));
     };
-    colour.at<cv::Vec4b>(y, x) = {lit(texel[0]), lit(texel[1]), lit(texel[2]), 255};
+    color.at<cv::Vec4b>(y, x) = {lit(texel[0]), lit(texel[1]), lit(texel[2]), 255};
     infrared.at<uchar>(y, x) = lit(texel[3]);
 }
 
 Sprite SpriteCanvas::finish() const {
     // Only the part that is covered, on whole pixels of the sprite.
-    cv::Rect used = cv::boundingRect(nearest > kFarAway);
-    const cv::Point corner(used.x / kOversampling, used.y / kOversampling);
-    const cv::Size size((used.br().x - 1) / kOversampling + 1 - corner.x,
-                        (used.br().y - 1) / kOversampling + 1 - corner.y);
-    used = {corner * kOversampling, size * kOversampling};
+    cv::Rect used = cv::boundingRect(nearest > farAway);
+    const cv::Point corner(used.x / oversampling, used.y / oversampling);
+    const cv::Size size((used.br().x - 1) / oversampling + 1 - corner.x,
+                        (used.br().y - 1) / oversampling + 1 - corner.y);
+    used = {corner * oversampling, size * oversampling};
 
     Sprite sprite;
-    cv::resize(colour(used), sprite.colour, size, 0, 0, cv::INTER_AREA);
+    cv::resize(color(used), sprite.color, size, 0, 0, cv::INTER_AREA);
     cv::resize(infrared(used), sprite.infrared, size, 0, 0, cv::INTER_AREA);
     sprite.relief.create(size, CV_32F);
     for (int y = 0; y < size.height; ++y) {
-        const auto* even = nearest.ptr<float>(used.y + y * kOversampling) + used.x;
-        const auto* odd = nearest.ptr<float>(used.y + y * kOversampling + 1) + used.x;
+        const auto* even = nearest.ptr<float>(used.y + y * oversampling) + used.x;
+        const auto* odd = nearest.ptr<float>(used.y + y * oversampling + 1) + used.x;
         for (int x = 0; x < size.width; ++x) {
-            const int at = x * kOversampling;
+            const int at = x * oversampling;
             const float z = std::max({even[at], even[at + 1], odd[at], odd[at + 1]});
-            sprite.relief.at<float>(y, x) = z > kFarAway ? z : 0.0F;
+            sprite.relief.at<float>(y, x) = z > farAway ? z : 0.0F;
         }
     }
-    sprite.pixelsPerMetre = area.pixelsPerMetre;
-    sprite.origin = {-area.left * area.pixelsPerMetre - corner.x,
-                     area.top * area.pixelsPerMetre - corner.y};
+    sprite.pixelsPerMeter = area.pixelsPerMeter;
+    sprite.origin = {-area.left * area.pixelsPerMeter - corner.x,
+                     area.top * area.pixelsPerMeter - corner.y};
     return sprite;
 }
 
 Sprite mirrored(const Sprite& sprite) {
     Sprite result;
-    cv::flip(sprite.colour, result.colour, 1);
+    cv::flip(sprite.color, result.color, 1);
     cv::flip(sprite.infrared, result.infrared, 1);
     cv::flip(sprite.relief, result.relief, 1);
-    result.pixelsPerMetre = sprite.pixelsPerMetre;
-    result.origin = {sprite.colour.cols - sprite.origin.x, sprite.origin.y};
+    result.pixelsPerMeter = sprite.pixelsPerMeter;
+    result.origin = {sprite.color.cols - sprite.origin.x, sprite.origin.y};
     return result;
 }
 

@@ -20,17 +20,17 @@ struct Surface {
 
 /// What a person looks like from one side, without perspective.
 struct Sprite {
-    cv::Mat colour;   ///< CV_8UC4, blue, green, red weighted by coverage; coverage, 0 to 255
+    cv::Mat color;    ///< CV_8UC4, blue, green, red weighted by coverage; coverage, 0 to 255
     cv::Mat infrared; ///< CV_8U, reflectance times shading, 0 to 255
     cv::Mat relief;   ///< CV_32F, metres in front of the person's axis; only where covered
-    double pixelsPerMetre = 1;
+    double pixelsPerMeter = 1;
     cv::Point2d origin; ///< the pixel that shows the surfaces' origin
 };
 
 /// The part of a surface's own coordinates that a sprite shows, in metres.
 struct SpriteFrame {
     double left = 0, right = 0, bottom = 0, top = 0;
-    double pixelsPerMetre = 1;
+    double pixelsPerMeter = 1;
 };
 
 /// Draws surfaces, nearest on top, into one sprite. `yaw` turns them about the vertical axis, in
@@ -53,7 +53,7 @@ private:
     SpriteFrame area;
     double scale;
     float cosine, sine;
-    cv::Mat colour, infrared, nearest;
+    cv::Mat color, infrared, nearest;
 };
 
 /// Mirror image of a sprite: what turning the other way looks like.

@@ -14,41 +14,41 @@ struct Waypoint {
     double seconds, x_m, z_m, yawDegrees;
 };
 
-constexpr double kOutsideRight = 2.9, kOutsideLeft = -2.9, kDoorDistance = 2.3;
+constexpr double outsideRight = 2.9, outsideLeft = -2.9, doorDistance = 2.3;
 
-constexpr std::array kOwnerPath{
-    Waypoint{kOwnerWalksIn.from, kOutsideRight, kDoorDistance, -kSidewaysDegrees},
-    Waypoint{5.5, 0, kStandingDistance, -kSidewaysDegrees},
-    Waypoint{kOwnerFrontal.from, 0, kStandingDistance, 0},
-    Waypoint{kOwnerFrontal.to, 0, kStandingDistance, 0},
-    Waypoint{kOwnerVeryClose.from, 0, kCloseDistance, 0},
-    Waypoint{kOwnerVeryClose.to, 0, kCloseDistance, 0},
-    Waypoint{kOwnerFrontalAgain.from, 0, kStandingDistance, 0},
-    Waypoint{kOwnerFrontalAgain.to, 0, kStandingDistance, 0},
-    Waypoint{kOwnerProfileLeft.from, 0, kStandingDistance, -kSidewaysDegrees},
-    Waypoint{kOwnerProfileLeft.to, 0, kStandingDistance, -kSidewaysDegrees},
-    Waypoint{kOwnerProfileRight.from, 0, kStandingDistance, kSidewaysDegrees},
-    Waypoint{kOwnerProfileRight.to, 0, kStandingDistance, kSidewaysDegrees},
-    Waypoint{kOwnerFrontalThird.from, 0, kStandingDistance, 0},
-    Waypoint{kOwnerFrontalThird.to, 0, kStandingDistance, 0},
-    Waypoint{35.0, 0, kStandingDistance, kSidewaysDegrees},
-    Waypoint{37.2, kOutsideRight, kDoorDistance, kSidewaysDegrees},
-    Waypoint{40.8, kOutsideRight, kDoorDistance, -kSidewaysDegrees},
-    Waypoint{42.8, kOwnerBesideX, kStandingDistance, -kSidewaysDegrees},
-    Waypoint{kOwnerReturned.from, kOwnerBesideX, kStandingDistance, 0},
-    Waypoint{kOwnerReturned.to, kOwnerBesideX, kStandingDistance, 0},
-    Waypoint{57.5, kOwnerBesideX, kStandingDistance, kSidewaysDegrees},
-    Waypoint{kStrangerAlone.from, kOutsideRight, kDoorDistance, kSidewaysDegrees}};
+constexpr std::array ownerPath{
+    Waypoint{ownerWalksIn.from, outsideRight, doorDistance, -sidewaysDegrees},
+    Waypoint{5.5, 0, standingDistance, -sidewaysDegrees},
+    Waypoint{ownerFrontal.from, 0, standingDistance, 0},
+    Waypoint{ownerFrontal.to, 0, standingDistance, 0},
+    Waypoint{ownerVeryClose.from, 0, closeDistance, 0},
+    Waypoint{ownerVeryClose.to, 0, closeDistance, 0},
+    Waypoint{ownerFrontalAgain.from, 0, standingDistance, 0},
+    Waypoint{ownerFrontalAgain.to, 0, standingDistance, 0},
+    Waypoint{ownerProfileLeft.from, 0, standingDistance, -sidewaysDegrees},
+    Waypoint{ownerProfileLeft.to, 0, standingDistance, -sidewaysDegrees},
+    Waypoint{ownerProfileRight.from, 0, standingDistance, sidewaysDegrees},
+    Waypoint{ownerProfileRight.to, 0, standingDistance, sidewaysDegrees},
+    Waypoint{ownerFrontalThird.from, 0, standingDistance, 0},
+    Waypoint{ownerFrontalThird.to, 0, standingDistance, 0},
+    Waypoint{35.0, 0, standingDistance, sidewaysDegrees},
+    Waypoint{37.2, outsideRight, doorDistance, sidewaysDegrees},
+    Waypoint{40.8, outsideRight, doorDistance, -sidewaysDegrees},
+    Waypoint{42.8, ownerBesideX, standingDistance, -sidewaysDegrees},
+    Waypoint{ownerReturned.from, ownerBesideX, standingDistance, 0},
+    Waypoint{ownerReturned.to, ownerBesideX, standingDistance, 0},
+    Waypoint{57.5, ownerBesideX, standingDistance, sidewaysDegrees},
+    Waypoint{strangerAlone.from, outsideRight, doorDistance, sidewaysDegrees}};
 
-constexpr std::array kStrangerPath{
-    Waypoint{46.0, kOutsideLeft, kDoorDistance, kSidewaysDegrees},
-    Waypoint{48.3, kStrangerX, kStandingDistance, kSidewaysDegrees},
-    Waypoint{kBothFrontal.from, kStrangerX, kStandingDistance, 0},
-    Waypoint{kStrangerAlone.to, kStrangerX, kStandingDistance, 0},
-    Waypoint{71.8, kStrangerX, kStandingDistance, -kSidewaysDegrees},
-    Waypoint{kEmptyAtLast.from, kOutsideLeft, kDoorDistance, -kSidewaysDegrees}};
+constexpr std::array strangerPath{
+    Waypoint{46.0, outsideLeft, doorDistance, sidewaysDegrees},
+    Waypoint{48.3, strangerX, standingDistance, sidewaysDegrees},
+    Waypoint{bothFrontal.from, strangerX, standingDistance, 0},
+    Waypoint{strangerAlone.to, strangerX, standingDistance, 0},
+    Waypoint{71.8, strangerX, standingDistance, -sidewaysDegrees},
+    Waypoint{emptyAtLast.from, outsideLeft, doorDistance, -sidewaysDegrees}};
 
-constexpr double kStepCycle_m = 1.35; ///< two steps of a calm walk
+constexpr double stepCycle_m = 1.35; ///< two steps of a calm walk
 
 double wave(double seconds, double period) {
     return std::sin(2 * std::numbers::pi * seconds / period);
@@ -69,7 +69,7 @@ std::optional<PersonMoment> momentOn(std::span<const Waypoint> path, Person who,
     moment.yaw = std::lerp(a.yawDegrees, b.yawDegrees, eased) * std::numbers::pi / 180;
     const double length = std::hypot(b.x_m - a.x_m, b.z_m - a.z_m);
     if (length > 0) {
-        const double cycles = length * eased / kStepCycle_m;
+        const double cycles = length * eased / stepCycle_m;
         moment.stride = cycles - std::floor(cycles);
         moment.lift_m = 0.015 * std::abs(wave(moment.stride, 1.0));
     }
@@ -83,15 +83,15 @@ std::optional<PersonMoment> momentOn(std::span<const Waypoint> path, Person who,
 } // namespace
 
 double storySeconds(std::uint64_t number) {
-    constexpr auto frames = static_cast<std::uint64_t>(kLoopSeconds * kFramesPerSecond);
-    return static_cast<double>(number % frames) / kFramesPerSecond;
+    constexpr auto frames = static_cast<std::uint64_t>(loopSeconds * framesPerSecond);
+    return static_cast<double>(number % frames) / framesPerSecond;
 }
 
 std::vector<PersonMoment> peopleAt(double seconds) {
     std::vector<PersonMoment> people;
-    if (const auto owner = momentOn(kOwnerPath, Person::Owner, seconds))
+    if (const auto owner = momentOn(ownerPath, Person::Owner, seconds))
         people.push_back(*owner);
-    if (const auto stranger = momentOn(kStrangerPath, Person::Stranger, seconds))
+    if (const auto stranger = momentOn(strangerPath, Person::Stranger, seconds))
         people.push_back(*stranger);
     std::ranges::sort(people, std::ranges::greater{}, &PersonMoment::z_m);
     return people;

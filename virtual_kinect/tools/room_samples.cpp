@@ -24,7 +24,7 @@ namespace {
 using namespace room;
 
 /// Fewer than this would make a poor owner: something is wrong with the detector.
-constexpr int kFewestSamples = 20;
+constexpr int minSamples = 20;
 
 /// A stretch of the story and how often to look, in seconds.
 struct Session {
@@ -34,11 +34,11 @@ struct Session {
 
 /// Standing, walking up, very close, walking back, standing beside the other one. The step lengths
 /// keep clear of the periods in which the owner sways.
-constexpr Session kSessions[]{{kOwnerFrontal, 0.63},
-                              {{kOwnerFrontal.to, kOwnerVeryClose.from}, 0.24},
-                              {kOwnerVeryClose, 0.61},
-                              {{kOwnerVeryClose.to, kOwnerFrontalAgain.from}, 0.37},
-                              {kOwnerReturned, 1.47}};
+constexpr Session sessions[]{{ownerFrontal, 0.63},
+                             {{ownerFrontal.to, ownerVeryClose.from}, 0.24},
+                             {ownerVeryClose, 0.61},
+                             {{ownerVeryClose.to, ownerFrontalAgain.from}, 0.37},
+                             {ownerReturned, 1.47}};
 
 std::optional<PersonMoment> ownerAt(double seconds) {
     for (const PersonMoment& moment : peopleAt(seconds))
@@ -49,12 +49,12 @@ std::optional<PersonMoment> ownerAt(double seconds) {
 
 /// The part of the picture around the owner's head, which lies in its middle.
 cv::Rect aroundHead(const PersonMoment& owner) {
-    constexpr double kReach_m = 0.28;
+    constexpr double reach_m = 0.28;
     const cv::Point2d middle =
         project({owner.x_m, headHeight_m(owner.who) + owner.lift_m, owner.z_m});
-    const int reach = cvRound(kReach_m * kFocalPixels / owner.z_m);
+    const int reach = cvRound(reach_m * focalPixels / owner.z_m);
     const cv::Rect area(cvRound(middle.x) - reach, cvRound(middle.y) - reach, 2 * reach, 2 * reach);
-    return area & cv::Rect(0, 0, kColourWidth, kColourHeight);
+    return area & cv::Rect(0, 0, colorWidth, colorHeight);
 }
 
 cv::Mat sampleAt(double seconds, FrameSource& source, FrameSet& frames,
@@ -62,17 +62,17 @@ cv::Mat sampleAt(double seconds, FrameSource& source, FrameSet& frames,
     const std::optional<PersonMoment> owner = ownerAt(seconds);
     if (!owner)
         return {};
-    source.render(static_cast<std::uint64_t>(std::lround(seconds * kFramesPerSecond)), frames);
-    const cv::Mat colour(kColourHeight, kColourWidth, CV_8UC4, frames.bgrx.data());
-    cv::Mat grey;
-    cv::cvtColor(colour(aroundHead(*owner)), grey, cv::COLOR_BGRA2GRAY);
-    const std::vector<cv::Rect> faces = detectFaces(cascade, grey, options);
-    const cv::Point middle(grey.cols / 2, grey.rows / 2);
+    source.render(static_cast<std::uint64_t>(std::lround(seconds * framesPerSecond)), frames);
+    const cv::Mat color(colorHeight, colorWidth, CV_8UC4, frames.bgrx.data());
+    cv::Mat gray;
+    cv::cvtColor(color(aroundHead(*owner)), gray, cv::COLOR_BGRA2GRAY);
+    const std::vector<cv::Rect> faces = detectFaces(cascade, gray, options);
+    const cv::Point middle(gray.cols / 2, gray.rows / 2);
     const auto box = std::ranges::find_if(
         faces, [&](const cv::Rect& candidate) { return candidate.contains(middle); });
     if (box == faces.end())
         return {};
-    const cv::Mat face = grey(*box & cv::Rect({}, grey.size())).clone();
+    const cv::Mat face = gray(*box & cv::Rect({}, gray.size())).clone();
     return faceQuality(face, options) == "accepted" ? recognizerInput(face) : cv::Mat();
 }
 
@@ -88,7 +88,7 @@ int writeOwnerSamples(const std::filesystem::path& folder) {
     const std::unique_ptr<FrameSource> source = makeRoomSource();
     FrameSet frames;
     int written = 0;
-    for (const auto& [span, every] : kSessions) {
+    for (const auto& [span, every] : sessions) {
         for (double seconds = span.from + 0.1; seconds < span.to; seconds += every) {
             const cv::Mat sample = sampleAt(seconds, *source, frames, cascade, options);
             if (sample.empty())
@@ -100,7 +100,7 @@ int writeOwnerSamples(const std::filesystem::path& folder) {
             ++written;
         }
     }
-    if (written < kFewestSamples)
+    if (written < minSamples)
         throw std::runtime_error("only " + std::to_string(written) + " faces were found");
     return written;
 }
