@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int mostPasses = 6;
+constexpr int maxPasses = 6;
 
 float depthValue(FuzzInput& input) {
     switch (input.byte() % 4) {
@@ -43,16 +43,17 @@ QList<float> depthFrame(FuzzInput& input, int width, int height) {
 }
 
 void readDepth(FuzzInput& input, AwarenessInput& newest) {
-    newest.depthWidth = input.between(0, 160);
-    newest.depthHeight = input.between(0, 128);
-    newest.lastDepthMm = depthFrame(input, newest.depthWidth, newest.depthHeight);
+    DepthFrame& depth = newest.depth;
+    depth.width = input.between(0, 160);
+    depth.height = input.between(0, 128);
+    depth.depth_mm = depthFrame(input, depth.width, depth.height);
     switch (input.byte() % 8) {
     case 0: // sizes that have nothing to do with the list
-        newest.depthWidth = input.number<int>();
-        newest.depthHeight = input.number<int>();
+        depth.width = input.number<int>();
+        depth.height = input.number<int>();
         break;
     case 1:
-        newest.lastDepthMm.resize(input.between(0, static_cast<int>(newest.lastDepthMm.size())));
+        depth.depth_mm.resize(input.between(0, static_cast<int>(depth.depth_mm.size())));
         break;
     default:
         break;
@@ -97,7 +98,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     newest.invertAudioDirection = input.flag();
     newest.personLostMs = input.between(0, std::numeric_limits<int>::max());
     qint64 now = input.number<std::uint32_t>();
-    for (int pass = 0; pass < mostPasses && input.bytesLeft() > 0; ++pass) {
+    for (int pass = 0; pass < maxPasses && input.bytesLeft() > 0; ++pass) {
         if (pass == 0 || input.byte() % 4 == 0) // the sensor may change its mode
             newest.imageSize = QSize(input.between(0, 2000), input.between(0, 1200));
         newest.voiceStatus = voiceFrom(input);

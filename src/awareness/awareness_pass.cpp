@@ -2,12 +2,12 @@
 
 #include "awareness/body_overlays.h"
 #include "awareness/face_distance.h"
-#include "awareness/voice_zones.h"
+#include "awareness/speaker_notes.h"
 
 namespace {
 
 bool hasDepth(const AwarenessInput& input) {
-    return !input.lastDepthMm.isEmpty() && input.depthWidth > 0 && input.depthHeight > 0 &&
+    return !input.depth.depth_mm.isEmpty() && input.depth.width > 0 && input.depth.height > 0 &&
            !input.imageSize.isEmpty();
 }
 
@@ -15,8 +15,7 @@ QList<FaceOverlay> measuredFaces(const AwarenessInput& input) {
     QList<FaceOverlay> faces = input.faceOverlays;
     keepFacesOnly(faces);
     if (hasDepth(input))
-        measureFaceDistances(faces, input.lastDepthMm, input.depthWidth, input.depthHeight,
-                             input.imageSize);
+        measureFaceDistances(faces, input.depth, input.imageSize);
     return faces;
 }
 
@@ -24,8 +23,7 @@ QList<BodyCandidate> trackBodies(AwarenessState& state, const AwarenessInput& in
                                  const QList<FaceOverlay>& faces, qint64 now) {
     QList<BodyCandidate> candidates;
     if (hasDepth(input)) {
-        candidates = detectDepthBodyCandidates(input.lastDepthMm, input.depthWidth,
-                                               input.depthHeight, input.imageSize);
+        candidates = detectDepthBodyCandidates(input.depth, input.imageSize);
         matchBodyTracks(state.bodyTracks, state.nextBodyTrackId, candidates, faces,
                         input.imageSize.width(), now, input.personLostMs);
     }

@@ -19,9 +19,7 @@ struct AwarenessState {
 struct AwarenessInput {
     QList<FaceOverlay> faceOverlays; ///< The face worker's, or what an earlier pass made of them.
     QSize imageSize;                 ///< The colour image's; empty while there is none.
-    QList<float> lastDepthMm; ///< Row by row, depthWidth x depthHeight, millimetres, 0 for none.
-    int depthWidth = 0;
-    int depthHeight = 0;
+    DepthFrame depth;                ///< Empty while there is none.
     VoiceDirectionStatus voiceStatus;
     bool layoutDebug = false; ///< Nothing is rejected, so that the layout can be inspected.
     int personLostMs = 5000;  ///< At least 0.

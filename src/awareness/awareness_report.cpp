@@ -33,14 +33,14 @@ QString overlayDescription(const FaceOverlay& overlay) {
 }
 
 QString candidateDescription(const BodyCandidate& candidate) {
-    return u"%1 box=%2 distance=%3m cells=%4"_s.arg(candidate.tier, boxText(candidate.rect),
-                                                    QString::number(candidate.distance_m, 'f', 2),
-                                                    QString::number(candidate.cells));
+    return u"%1 box=%2 distance=%3m cells=%4"_s.arg(
+        candidate.tier, overlayGeometry::boxText(candidate.rect),
+        QString::number(candidate.distance_m, 'f', 2), QString::number(candidate.cells));
 }
 
 QString rejectionDescription(const Rejection& rejection) {
     const FaceOverlay& overlay = rejection.overlay;
-    const QString box = boxText(overlay.rect);
+    const QString box = overlayGeometry::boxText(overlay.rect);
     const QString distance = overlay.hasDistance ? distanceText(overlay) : u"none"_s;
     switch (rejection.reason) {
     case RejectionReason::NoDepth:

@@ -1,32 +1,98 @@
 #include "awareness/body_candidates.h"
 
-#include "awareness/grid_components.h"
-#include "awareness/occupancy_grid.h"
+#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
-#include <array>
+#include <optional>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int leastCells = 45;           // smaller blobs are noise or a pet
-constexpr std::size_t leastSamples = 20; // fewer do not make a distance
-constexpr double leastUpright = 1.05;    // taller than wide: standing people are
-constexpr double leastFill = 0.1;        // sparser is noise
-constexpr double mostFill = 0.92;        // a nearly full rectangle is a wall, a door or a cupboard
-constexpr double widestOfGrid = 0.55;    // wider is a wall, or a crowd that cannot be told apart
-constexpr double tallestOfGrid = 0.95;   // taller is the room itself
-constexpr int leastBoxWidth = 55;        // colour pixels
-constexpr int leastBoxHeight = 120;      // colour pixels
-constexpr qsizetype mostCandidates = 4;  // the four nearest people matter
+// The room's working distance for somebody who stands; both ends count.
+constexpr float minBody_mm = 1600.0F;
+constexpr float maxBody_mm = 3800.0F;
 
-/// The component's box in the colour image, see the list in the header; null when it lies outside.
-QRect colorBox(const GridComponent& component, int width, int height, const QSize& colorSize) {
-    const double fx0 = double(cellPixels) * component.minX / width;
-    const double fx1 = (double(cellPixels) * component.maxX + cellPixels) / width;
-    const double fy0 = double(cellPixels) * component.minY / height;
-    const double fy1 = (double(cellPixels) * component.maxY + cellPixels) / height;
+constexpr int cellPixels = 4;
+constexpr int minCells = 45;           // smaller blobs are noise or a pet
+constexpr std::size_t minSamples = 20; // fewer do not make a distance
+constexpr double minUpright = 1.05;    // taller than wide: standing people are
+constexpr double minFill = 0.1;        // sparser is noise
+constexpr double maxFill = 0.92;       // a nearly full rectangle is a wall, a door or a cupboard
+constexpr double maxGridWidth = 0.55;  // wider is a wall, or a crowd that cannot be told apart
+constexpr double maxGridHeight = 0.95; // taller is the room itself
+constexpr int minBoxWidth = 55;        // colour pixels
+constexpr int minBoxHeight = 120;      // colour pixels
+constexpr qsizetype maxCandidates = 4; // the four nearest people matter
+
+/// The frame as OpenCV sees it; nothing is copied, and nothing may be written.
+cv::Mat readOnlyImage(const DepthFrame& depth) {
+    return cv::Mat(depth.height, depth.width, CV_32F,
+                   const_cast<float*>(depth.depth_mm.constData()));
+}
+
+/// 255 for every occupied cell, otherwise 0. Trailing columns and rows of the frame that do not
+/// fill a cell are ignored.
+cv::Mat occupiedCells(const cv::Mat& depth_mm) {
+    const cv::Size grid(depth_mm.cols / cellPixels, depth_mm.rows / cellPixels);
+    cv::Mat inBand;
+    cv::inRange(depth_mm(cv::Rect(cv::Point(), grid * cellPixels)), minBody_mm, maxBody_mm, inBand);
+    // The mean of a cell is 64 when 4 of its 16 pixels are 255 and 48 when 3 are. Halving twice is
+    // faster than going to a quarter at once, and its rounding is off by 1 at most.
+    constexpr double betweenThreeAndFour = 56.0;
+    cv::Mat halves;
+    cv::Mat cells;
+    cv::resize(inBand, halves, grid * 2, 0.0, 0.0, cv::INTER_AREA);
+    cv::resize(halves, cells, grid, 0.0, 0.0, cv::INTER_AREA);
+    return cells > betweenThreeAndFour;
+}
+
+/// A blob that is shaped like somebody who stands.
+struct UprightBlob : CellBlob {
+    int label = 0;       ///< Its number in `LabelledCells::labels`.
+    int firstColumn = 0; ///< Of its topmost row.
+};
+
+struct LabelledCells {
+    cv::Mat labels;                 ///< For every cell the number of its blob, 32-bit integers.
+    std::vector<UprightBlob> blobs; ///< In the order in which a scan row by row meets them.
+};
+
+LabelledCells uprightBlobs(const cv::Mat& cells) {
+    LabelledCells found;
+    cv::Mat stats;
+    cv::Mat centroids;
+    const int labels =
+        cv::connectedComponentsWithStats(cells, found.labels, stats, centroids, 4, CV_32S);
+    for (int label = 1; label < labels; ++label) { // 0 is the background
+        const int* values = stats.ptr<int>(label);
+        UprightBlob blob;
+        blob.cells = values[cv::CC_STAT_AREA];
+        blob.cellBox = QRect(values[cv::CC_STAT_LEFT], values[cv::CC_STAT_TOP],
+                             values[cv::CC_STAT_WIDTH], values[cv::CC_STAT_HEIGHT]);
+        if (failedBodyGate(blob, QSize(cells.cols, cells.rows)) != BodyGate::Passed)
+            continue;
+        const int* topRow = found.labels.ptr<int>(blob.cellBox.top());
+        blob.label = label;
+        blob.firstColumn = int(std::find(topRow, topRow + cells.cols, label) - topRow);
+        found.blobs.push_back(blob);
+    }
+    // OpenCV does not promise an order of its labels.
+    std::sort(found.blobs.begin(), found.blobs.end(),
+              [](const UprightBlob& a, const UprightBlob& b) {
+                  return std::pair(a.cellBox.top(), a.firstColumn) <
+                         std::pair(b.cellBox.top(), b.firstColumn);
+              });
+    return found;
+}
+
+/// The blob's box in the colour image, see the list in the header; null when it lies outside.
+QRect colorBox(const QRect& cellBox, const DepthFrame& depth, const QSize& colorSize) {
+    const double fx0 = double(cellPixels) * cellBox.left() / depth.width;
+    const double fx1 = (double(cellPixels) * cellBox.right() + cellPixels) / depth.width;
+    const double fy0 = double(cellPixels) * cellBox.top() / depth.height;
+    const double fy1 = (double(cellPixels) * cellBox.bottom() + cellPixels) / depth.height;
     // In 64 bits: an image as wide as an int can say must not overflow with its margins.
     const qint64 left = static_cast<int>(colorSize.width() * fx0);
     const qint64 top = static_cast<int>(colorSize.height() * fy0);
@@ -39,57 +105,26 @@ QRect colorBox(const GridComponent& component, int width, int height, const QSiz
     return QRect(QPoint(int(x1), int(y1)), QPoint(int(x2), int(y2)));
 }
 
-/// The element at `index` of the first `count` depth steps in ascending order; the list is used up.
-/// Digit by digit from the highest: its cost is the same for every order and spread of the samples,
-/// which that of comparing them is not. Digits of six bits keep it low for a few samples too.
-std::uint32_t stepAt(std::size_t index, std::vector<std::uint32_t>& steps, std::size_t count) {
-    constexpr std::uint32_t lastDigit = 63;
-    std::uint32_t found = 0;
-    for (const int shift : {18, 12, 6, 0}) {
-        std::array<std::uint32_t, lastDigit + 1> frequency{};
-        for (std::size_t i = 0; i < count; ++i)
-            ++frequency[steps[i] >> shift & lastDigit];
-        std::uint32_t digit = 0;
-        for (; index >= frequency[digit]; ++digit)
-            index -= frequency[digit];
-        std::size_t kept = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            const std::uint32_t step = steps[i];
-            steps[kept] = step;
-            kept += (step >> shift & lastDigit) == digit ? 1 : 0;
-        }
-        count = kept;
-        found |= digit << shift;
-    }
-    return found;
-}
-
-/// Median of the valid depths at the centres of the component's cells, in metres: the upper of the
-/// two middle ones for an even number. Nothing when there are too few.
-std::optional<double> medianDistance(const GridComponent& component,
-                                     const std::vector<CellRun>& runs, const float* depth_mm,
-                                     int width, std::vector<std::uint32_t>& steps) {
-    steps.resize(std::max(steps.size(), static_cast<std::size_t>(component.cells)));
-    std::size_t count = 0;
-    for (int i = component.firstRun; i >= 0; i = runs[static_cast<std::size_t>(i)].next) {
-        const CellRun& run = runs[static_cast<std::size_t>(i)];
-        const qsizetype y = qsizetype(cellPixels) * run.y + cellPixels / 2;
-        const float* row = depth_mm + y * width;
-        for (int x = run.begin; x < run.end; ++x) {
-            const std::uint32_t step =
-                bodyDepthStep(row[qsizetype(cellPixels) * x + cellPixels / 2]);
-            steps[count] = step;
-            count += step <= farthestBodyStep ? 1 : 0;
+/// Median of the valid depths at the centres of the blob's cells, in metres: the upper of the two
+/// middle ones for an even number. Nothing when there are too few.
+std::optional<double> medianDistance(const UprightBlob& blob, const cv::Mat& labels,
+                                     const cv::Mat& depth_mm) {
+    std::vector<float> samples;
+    samples.reserve(static_cast<std::size_t>(blob.cells));
+    for (int y = blob.cellBox.top(); y <= blob.cellBox.bottom(); ++y) {
+        const int* labelRow = labels.ptr<int>(y);
+        const float* depthRow = depth_mm.ptr<float>(cellPixels * y + cellPixels / 2);
+        for (int x = blob.cellBox.left(); x <= blob.cellBox.right(); ++x) {
+            const float sample = depthRow[cellPixels * x + cellPixels / 2];
+            if (labelRow[x] == blob.label && sample >= minBody_mm && sample <= maxBody_mm)
+                samples.push_back(sample);
         }
     }
-    if (count < leastSamples)
+    if (samples.size() < minSamples)
         return std::nullopt;
-    return double(bodyDepthAt(stepAt(count / 2, steps, count))) / 1000.0;
-}
-
-bool isUsableFrame(const QList<float>& depth_mm, int width, int height, const QSize& colorSize) {
-    return width >= cellPixels && height >= cellPixels && colorSize.width() >= 1 &&
-           colorSize.height() >= 1 && depth_mm.size() >= qint64(width) * height;
+    const auto middle = samples.begin() + std::ptrdiff_t(samples.size() / 2);
+    std::nth_element(samples.begin(), middle, samples.end());
+    return double(*middle) / 1000.0;
 }
 
 } // namespace
@@ -98,48 +133,43 @@ QString bodyTier(double distance_m) {
     return distance_m >= farBody_m ? u"far body"_s : u"mid body"_s;
 }
 
-BodyGate failedBodyGate(const GridComponent& component, int gridWidth, int gridHeight) {
-    const double wCells = component.maxX - component.minX + 1;
-    const double hCells = component.maxY - component.minY + 1;
-    if (component.cells < leastCells)
+BodyGate failedBodyGate(const CellBlob& blob, const QSize& grid) {
+    const double wCells = blob.cellBox.width();
+    const double hCells = blob.cellBox.height();
+    if (blob.cells < minCells)
         return BodyGate::Cells;
-    if (hCells / wCells < leastUpright)
+    if (hCells / wCells < minUpright)
         return BodyGate::Upright;
-    const double fill = component.cells / (wCells * hCells);
-    if (fill < leastFill || fill > mostFill)
+    const double fill = blob.cells / (wCells * hCells);
+    if (fill < minFill || fill > maxFill)
         return BodyGate::Fill;
-    if (wCells > widestOfGrid * gridWidth)
+    if (wCells > maxGridWidth * grid.width())
         return BodyGate::Width;
-    if (hCells > tallestOfGrid * gridHeight)
+    if (hCells > maxGridHeight * grid.height())
         return BodyGate::Height;
     return BodyGate::Passed;
 }
 
-QList<BodyCandidate> detectDepthBodyCandidates(const QList<float>& depth_mm, int width, int height,
-                                               const QSize& colorSize) {
+QList<BodyCandidate> detectDepthBodyCandidates(const DepthFrame& depth, const QSize& colorSize) {
     QList<BodyCandidate> candidates;
-    if (!isUsableFrame(depth_mm, width, height, colorSize))
+    if (!depth.isValid() || depth.width < cellPixels || depth.height < cellPixels ||
+        colorSize.isEmpty())
         return candidates;
-    const OccupancyGrid grid(depth_mm.constData(), width, height);
-    const GridComponents found = gridComponents(grid);
-    std::vector<std::uint32_t> steps;
-    for (const GridComponent& component : found.components) {
-        if (failedBodyGate(component, grid.width(), grid.height()) != BodyGate::Passed)
+    const cv::Mat depth_mm = readOnlyImage(depth);
+    const LabelledCells found = uprightBlobs(occupiedCells(depth_mm));
+    for (const UprightBlob& blob : found.blobs) {
+        const QRect box = colorBox(blob.cellBox, depth, colorSize);
+        if (box.width() < minBoxWidth || box.height() < minBoxHeight)
             continue;
-        const QRect box = colorBox(component, width, height, colorSize);
-        if (box.width() < leastBoxWidth || box.height() < leastBoxHeight)
-            continue;
-        const std::optional<double> distance_m =
-            medianDistance(component, found.runs, depth_mm.constData(), width, steps);
+        const std::optional<double> distance_m = medianDistance(blob, found.labels, depth_mm);
         if (distance_m)
-            candidates.append({box, *distance_m, component.cells, bodyTier(*distance_m)});
+            candidates.append({box, *distance_m, blob.cells, bodyTier(*distance_m)});
     }
-    // Stable, so that blobs of equal height come in the same order at every run.
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const BodyCandidate& a, const BodyCandidate& b) {
                          return a.rect.height() > b.rect.height();
                      });
-    if (candidates.size() > mostCandidates)
-        candidates.resize(mostCandidates);
+    if (candidates.size() > maxCandidates)
+        candidates.resize(maxCandidates);
     return candidates;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "frames/depth_frame.h"
+
 #include <QList>
 #include <QRect>
 #include <QSize>
 #include <QString>
-
-#include <optional>
 
 /// A person-sized, upright blob of one depth frame.
 struct BodyCandidate {
@@ -15,7 +15,12 @@ struct BodyCandidate {
     QString tier = QStringLiteral("far"); ///< "far body" from 2.2 m on, otherwise "mid body".
 };
 
-struct GridComponent;
+/// A group of occupied cells that touch each other at their edges. A cell is 4x4 depth pixels, and
+/// occupied where at least 4 of them lie in the band.
+struct CellBlob {
+    QRect cellBox; ///< Its extent, in cells.
+    int cells = 0;
+};
 
 /// From this distance on a body is a "far body", in metres.
 inline constexpr double farBody_m = 2.2;
@@ -32,16 +37,15 @@ QString bodyTier(double distance_m);
 ///    eighth of its height above and a tenth below, so that head and feet are inside;
 /// 6. a gate on the clipped box: at least 55x120 pixels.
 ///
-/// `depth_mm` holds width x height millimetre values, row by row; `colorSize` is the size of the
-/// image that the boxes are for. The two frames are mapped onto each other by plain scaling, there
-/// is no lens registration. Returns at most four candidates, tallest box first; none when a size is
-/// not positive, the frame is smaller than a cell or the list is shorter than width x height.
-QList<BodyCandidate> detectDepthBodyCandidates(const QList<float>& depth_mm, int width, int height,
-                                               const QSize& colorSize);
+/// `colorSize` is the size of the image that the boxes are for. The two frames are mapped onto each
+/// other by plain scaling, there is no lens registration. Returns at most four candidates, tallest
+/// box first, and of equally tall ones the one first that a scan row by row meets first; none for
+/// an invalid frame, one that is smaller than a cell, or an empty image.
+QList<BodyCandidate> detectDepthBodyCandidates(const DepthFrame& depth, const QSize& colorSize);
 
-/// What a component of the occupancy grid fails on, in the order in which it is looked at.
+/// What a blob fails on, in the order in which it is looked at.
 enum class BodyGate { Passed, Cells, Upright, Fill, Width, Height };
 
-/// The first gate that the shape of a component fails; `gridWidth` and `gridHeight` are in cells,
-/// at least 1. All bounds are inclusive.
-BodyGate failedBodyGate(const GridComponent& component, int gridWidth, int gridHeight);
+/// The first gate that the shape of a blob fails in a grid of that many cells, at least 1x1. All
+/// bounds are inclusive.
+BodyGate failedBodyGate(const CellBlob& blob, const QSize& grid);

@@ -1,5 +1,6 @@
 #include "awareness/body_overlays.h"
 
+#include "app/overlay_freshness.h"
 #include "awareness/overlay_geometry.h"
 
 #include <algorithm>
@@ -9,12 +10,12 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double coveringOverlap = 0.04; // of the owner's expected body with the track
-constexpr qint64 freshMs = 500;
 
 bool isCoveredByOwnerFace(const BodyTrack& track, const QList<FaceOverlay>& faces) {
     return std::any_of(faces.begin(), faces.end(), [&track](const FaceOverlay& face) {
         return face.label == identity::owner &&
-               rectIou(expectedBodyBox(face.rect), track.rect) > coveringOverlap;
+               overlayGeometry::rectIou(overlayGeometry::expectedBodyBox(face.rect), track.rect) >
+                   coveringOverlap;
     });
 }
 
@@ -25,9 +26,9 @@ FaceOverlay bodyOverlay(const BodyTrack& track, qint64 now) {
     overlay.label = track.tavin ? identity::possibleOwner : identity::person;
     overlay.color = track.tavin ? identity::ownerColor : track.color;
     overlay.detector = u"depth_body"_s;
-    overlay.stale = ageMs > freshMs;
-    overlay.status = overlay.stale ? u"body last seen %1s"_s.arg(double(ageMs) / 1000.0, 0, 'f', 1)
-                                   : u"body tracked"_s;
+    overlay.stale = overlayFreshness::isStale(ageMs);
+    overlay.status =
+        overlay.stale ? u"body "_s + overlayFreshness::lastSeenText(ageMs) : u"body tracked"_s;
     overlay.hasDistance = true;
     overlay.distanceMeters = track.distance_m;
     overlay.bodyOnly = true;

@@ -12,17 +12,18 @@ constexpr double besideScore = 0.09;      // of a candidate right where a track 
 constexpr double besideLoss = 0.2;        // per image width of distance
 constexpr double besideReach = 0.18;      // of the image width, exclusive
 constexpr double ownerFaceOverlap = 0.02; // of the owner's expected body with the track
-constexpr int mostHits = 20;
+constexpr int maxHits = 20;
 constexpr int stableHits = 3;
 constexpr qint64 stableAgeMs = 600;
 constexpr qint64 unconfirmedLostMs = 1200;
 
 double matchScore(const QRect& candidate, const QRect& track, int imageWidth) {
-    const double overlap = rectIou(candidate, track);
+    const double overlap = overlayGeometry::rectIou(candidate, track);
     if (overlap > enoughOverlap)
         return overlap;
-    const double dx =
-        std::abs(double(boxCenter(candidate).x()) - boxCenter(track).x()) / std::max(imageWidth, 1);
+    const double dx = std::abs(double(overlayGeometry::boxCenter(candidate).x()) -
+                               overlayGeometry::boxCenter(track).x()) /
+                      std::max(imageWidth, 1);
     return dx < besideReach ? besideScore - besideLoss * dx : 0.0;
 }
 
@@ -45,7 +46,8 @@ qsizetype bestTrack(const QList<BodyTrack>& bodyTracks, const QList<bool>& match
 void linkOwner(BodyTrack& track, const QList<FaceOverlay>& faces, qint64 now, int personLostMs) {
     for (const FaceOverlay& face : faces) {
         if (face.label != identity::owner ||
-            rectIou(expectedBodyBox(face.rect), track.rect) <= ownerFaceOverlap)
+            overlayGeometry::rectIou(overlayGeometry::expectedBodyBox(face.rect), track.rect) <=
+                ownerFaceOverlap)
             continue;
         track.tavin = true;
         track.last_tavin_seen_ms = now;
@@ -73,7 +75,7 @@ void matchBodyTracks(QList<BodyTrack>& bodyTracks, int& nextBodyTrackId,
         BodyTrack& track = bodyTracks[index];
         track.rect = candidate.rect;
         track.distance_m = candidate.distance_m;
-        track.hits = std::min(track.hits + 1, mostHits);
+        track.hits = std::min(track.hits + 1, maxHits);
         track.last_seen_ms = now;
         if (track.hits >= stableHits && now - track.first_seen_ms >= stableAgeMs)
             track.stable = true;

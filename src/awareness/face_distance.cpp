@@ -1,5 +1,7 @@
 #include "awareness/face_distance.h"
 
+#include "frames/sensor_facts.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,9 +11,7 @@ namespace {
 constexpr double pointAcrossFace = 0.5;
 constexpr double pointDownFace = 0.58; // on the cheeks: eyes and glasses return little depth
 constexpr int windowReach = 4;         // 9x9 pixels
-constexpr int leastSamples = 5;
-constexpr float nearestFace_mm = 250.0F; // what the sensor is trusted with
-constexpr float farthestFace_mm = 8000.0F;
+constexpr int minSamples = 5;
 
 /// A point of the colour image, along one axis, as a pixel of the depth frame.
 int depthPixel(double colorPosition, int colorExtent, int depthExtent) {
@@ -24,19 +24,19 @@ struct Samples {
     int count = 0;
 };
 
-Samples samplesAround(const QList<float>& depth_mm, int width, int height, int x, int y) {
+/// The trusted depths of the window around pixel (x, y) of a valid frame.
+Samples samplesAround(const DepthFrame& depth, int x, int y) {
     Samples samples;
-    if (depth_mm.size() < qint64(width) * height)
-        return samples;
-    // Written so that a centre at the end of the largest frames cannot overflow.
-    for (int row = y - std::min(y, windowReach); row - y <= windowReach && row < height; ++row) {
-        const float* line = depth_mm.constData() + qsizetype(row) * width;
-        for (int column = x - std::min(x, windowReach); column - x <= windowReach && column < width;
-             ++column) {
-            const float depth = line[column];
+    // The ends are found without adding past the frame, which could overflow in the largest one.
+    const int lastRow = y + std::min(windowReach, depth.height - 1 - y);
+    const int lastColumn = x + std::min(windowReach, depth.width - 1 - x);
+    for (int row = y - std::min(y, windowReach); row <= lastRow; ++row) {
+        const float* line = depth.depth_mm.constData() + qsizetype(row) * depth.width;
+        for (int column = x - std::min(x, windowReach); column <= lastColumn; ++column) {
+            const float sample = line[column];
             // NaN fails both comparisons, infinity the second.
-            if (depth >= nearestFace_mm && depth <= farthestFace_mm)
-                samples.values[size_t(samples.count++)] = depth;
+            if (sample >= sensor::nearestDepth_mm && sample <= sensor::farthestDepth_mm)
+                samples.values[size_t(samples.count++)] = sample;
         }
     }
     return samples;
@@ -44,8 +44,8 @@ Samples samplesAround(const QList<float>& depth_mm, int width, int height, int x
 
 } // namespace
 
-void measureFaceDistances(QList<FaceOverlay>& overlays, const QList<float>& depth_mm, int width,
-                          int height, const QSize& colorSize) {
+void measureFaceDistances(QList<FaceOverlay>& overlays, const DepthFrame& depth,
+                          const QSize& colorSize) {
     for (FaceOverlay& overlay : overlays) {
         if (!overlay.rect.isValid())
             continue;
@@ -53,11 +53,11 @@ void measureFaceDistances(QList<FaceOverlay>& overlays, const QList<float>& dept
         const double faceWidth = double(face.right()) - face.left() + 1;
         const double faceHeight = double(face.bottom()) - face.top() + 1;
         const int x =
-            depthPixel(face.left() + pointAcrossFace * faceWidth, colorSize.width(), width);
+            depthPixel(face.left() + pointAcrossFace * faceWidth, colorSize.width(), depth.width);
         const int y =
-            depthPixel(face.top() + pointDownFace * faceHeight, colorSize.height(), height);
-        Samples samples = samplesAround(depth_mm, width, height, x, y);
-        overlay.hasDistance = samples.count >= leastSamples;
+            depthPixel(face.top() + pointDownFace * faceHeight, colorSize.height(), depth.height);
+        Samples samples = depth.isValid() ? samplesAround(depth, x, y) : Samples();
+        overlay.hasDistance = samples.count >= minSamples;
         overlay.depthMissing = !overlay.hasDistance;
         if (!overlay.hasDistance)
             continue;

@@ -62,7 +62,7 @@ QSize followCropSize(double zoom, const QSize& imageSize) {
 CropStep movedCrop(const FollowView& view, const QRect& region, const QSize& imageSize,
                    bool reacquireMode) {
     CropStep step;
-    step.targetCenter = boxCenter(region);
+    step.targetCenter = overlayGeometry::boxCenter(region);
     step.targetInSafeZone = isInSafeZone(view.followCrop, step.targetCenter);
     step.weight = centerWeight(step.targetInSafeZone, reacquireMode);
     step.center =

@@ -39,17 +39,11 @@ bool isRemembered(const FaceOverlay& overlay, const QString& followTargetName) {
            (followTargetName == identity::owner && overlay.label == identity::possibleOwner);
 }
 
-int scoreOf(const FaceOverlay& overlay, const QString& followTargetName) {
-    return standingOf(overlay).score +
-           (isRemembered(overlay, followTargetName) ? rememberedBonus : 0) -
-           (overlay.stale ? staleLoss : 0);
-}
-
 qsizetype bestOverlay(const QList<FaceOverlay>& overlays, const QString& followTargetName) {
     qsizetype best = -1;
     int bestScore = unscored;
     for (qsizetype i = 0; i < overlays.size(); ++i) {
-        const int score = scoreOf(overlays[i], followTargetName);
+        const int score = followScore(overlays[i], followTargetName);
         if (score > bestScore) {
             best = i;
             bestScore = score;
@@ -74,7 +68,7 @@ bool ownerSeenLately(const FollowTarget& follow, qint64 now) {
 
 void noteOwner(FollowTarget& follow, const FaceOverlay& owner, const QSize& imageSize, qint64 now) {
     follow.lastTavinSeenMs = now;
-    follow.lastTavinHeadRegion = estimatedHeadRegion(owner, imageSize);
+    follow.lastTavinHeadRegion = overlayGeometry::estimatedHeadRegion(owner, imageSize);
     follow.zoomHoldUntilMs =
         isCloseOwner(owner) ? now : std::max(now + ownerMemoryMs, follow.zoomHoldUntilMs);
 }
@@ -112,6 +106,12 @@ FollowChoice followNobody(FollowTarget& follow, qint64 now) {
 bool isCloseOwner(const FaceOverlay& overlay) {
     return overlay.label == identity::owner && overlay.hasDistance &&
            overlay.distanceMeters < closeOwner_m;
+}
+
+int followScore(const FaceOverlay& overlay, const QString& followTargetName) {
+    return standingOf(overlay).score +
+           (isRemembered(overlay, followTargetName) ? rememberedBonus : 0) -
+           (overlay.stale ? staleLoss : 0);
 }
 
 FollowChoice chooseFollowTarget(FollowTarget& follow, QList<FaceOverlay>& overlays,

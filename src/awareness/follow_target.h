@@ -46,6 +46,11 @@ inline constexpr double closeOwner_m = 1.0;
 /// Whether the overlay is the recognised owner at a known distance of less than 1 m.
 bool isCloseOwner(const FaceOverlay& overlay);
 
+/// How much speaks for following an overlay: a base score by its label, 35 points more if it is the
+/// remembered target, 20 less if it is stale. The owner's body counts as the remembered owner. -1
+/// for what nobody would follow, apart from these 35 and 20.
+int followScore(const FaceOverlay& overlay, const QString& followTargetName);
+
 /// Chooses the overlay to follow and updates the memory of the target and the owner:
 /// 1. every overlay is scored by who it is, more if it is the remembered target, less if it is
 ///    stale; the highest score wins, the first one on ties;

@@ -8,8 +8,6 @@
 namespace {
 
 constexpr double heldZoom = 8.0;
-constexpr double minOwnerZoom = 3.0;       // while the hold lasts
-constexpr double nearlyMaximumZoom = 7.95; // counts as the strongest zoom
 
 /// Null: there is nothing to aim at.
 QRect regionToAimAt(const FollowTarget& follow, bool reacquireMode, const FaceOverlay* overlay,
@@ -18,7 +16,7 @@ QRect regionToAimAt(const FollowTarget& follow, bool reacquireMode, const FaceOv
         return {};
     if (!overlay)
         return reacquireMode ? follow.lastTavinHeadRegion : QRect();
-    const QRect head = estimatedHeadRegion(*overlay, imageSize);
+    const QRect head = overlayGeometry::estimatedHeadRegion(*overlay, imageSize);
     if (!reacquireMode || !follow.lastTavinHeadRegion.isValid())
         return head;
     return (head | follow.lastTavinHeadRegion) & QRect(QPoint(0, 0), imageSize);
@@ -39,17 +37,15 @@ bool isHeld(const FollowPass& pass, const FaceOverlay* overlay) {
 }
 
 void holdOwnerZoom(FollowPass& pass, const FaceOverlay* overlay) {
-    TargetZoom& zoom = pass.zoom;
     if (overlay && overlay->label == identity::owner && !pass.choice.reacquireMode) {
-        zoom.factor = std::max(zoom.factor, minOwnerZoom);
-        zoom.maxZoomActive = zoom.maxZoomActive || zoom.factor >= nearlyMaximumZoom;
+        pass.zoom = heldOwnerZoom(pass.zoom);
     } else {
         pass.choice.reacquireMode = true;
-        zoom.maxZoomActive = true;
-        zoom.factor = heldZoom;
+        pass.zoom.maxZoomActive = true;
+        pass.zoom.factor = heldZoom;
     }
-    if (zoom.zoomReason == ZoomReason::NoTarget)
-        zoom.zoomReason = ZoomReason::OwnerHold;
+    if (pass.zoom.zoomReason == ZoomReason::NoTarget)
+        pass.zoom.zoomReason = ZoomReason::OwnerHold;
 }
 
 void startFromWholeImage(FollowView& view, const QSize& imageSize) {

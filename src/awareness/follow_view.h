@@ -89,6 +89,10 @@ FollowPass updateFollowView(FollowView& view, const FollowTarget& follow,
 /// box takes. 1 for an empty image.
 TargetZoom targetZoom(const FaceOverlay& target, const QSize& imageSize, bool reacquireMode);
 
+/// The owner's zoom while the zoom hold lasts: at least 3, and from 7.95 on it counts as the
+/// maximum.
+TargetZoom heldOwnerZoom(TargetZoom zoom);
+
 /// The next step of a zoom towards `target`.
 ZoomStep smoothedZoom(double zoom, double target, bool reacquireMode);
 

@@ -1,9 +1,13 @@
 #include "awareness/follow_view.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr double reacquireZoom = 8.0;
 constexpr double farthestZoom = 7.0;
+constexpr double minHeldOwnerZoom = 3.0;
+constexpr double nearlyMaximumZoom = 7.95;
 constexpr double steadyBand = 0.05;
 constexpr double reacquireWeight = 0.16;
 constexpr double zoomInWeight = 0.10;
@@ -77,6 +81,12 @@ TargetZoom targetZoom(const FaceOverlay& target, const QSize& imageSize, bool re
         return zoomByDistance(target.distanceMeters, reacquireMode, reason);
     return zoomByFaceHeight(double(target.rect.height()) / imageSize.height(), reacquireMode,
                             reason);
+}
+
+TargetZoom heldOwnerZoom(TargetZoom zoom) {
+    zoom.factor = std::max(zoom.factor, minHeldOwnerZoom);
+    zoom.maxZoomActive = zoom.maxZoomActive || zoom.factor >= nearlyMaximumZoom;
+    return zoom;
 }
 
 ZoomStep smoothedZoom(double zoom, double target, bool reacquireMode) {

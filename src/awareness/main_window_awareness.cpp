@@ -29,9 +29,7 @@ AwarenessInput MainWindow::awarenessInput() const {
     AwarenessInput input;
     input.faceOverlays = faceOverlays;
     input.imageSize = frames.lastRgbImage.size();
-    input.lastDepthMm = frames.lastDepthMm;
-    input.depthWidth = frames.depthWidth;
-    input.depthHeight = frames.depthHeight;
+    input.depth = frames.lastDepth;
     input.voiceStatus = voiceStatus;
     input.layoutDebug = switches.layoutDebug;
     input.personLostMs = switches.personLostMs;

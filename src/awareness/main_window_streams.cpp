@@ -64,9 +64,7 @@ void MainWindow::submitToFaceWorker(const QImage& rgb) {
 }
 
 void MainWindow::onDepthRawReady(const QList<float>& depth_mm, int width, int height) {
-    frames.lastDepthMm = depth_mm;
-    frames.depthWidth = width;
-    frames.depthHeight = height;
+    frames.lastDepth = {depth_mm, width, height};
     updateAwarenessOverlays();
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 constexpr double headOfBodyHeight = 0.32;
 constexpr double headOfBodyWidth = 0.78;
-constexpr int leastHeadSide = 64; // pixels; a smaller crop target would let the zoom jitter
+constexpr int minHeadSide = 64; // pixels; a smaller crop target would let the zoom jitter
 
 qint64 widthOf(const QRect& box) {
     return qint64(box.right()) - box.left() + 1;
@@ -34,12 +34,12 @@ QRect grown(const QRect& box, qint64 left, qint64 top, qint64 right, qint64 bott
 }
 
 int headSide(double share, int bodySide) {
-    return std::clamp(int(share * bodySide), leastHeadSide, std::max(leastHeadSide, bodySide));
+    return std::clamp(int(share * bodySide), minHeadSide, std::max(minHeadSide, bodySide));
 }
 
 } // namespace
 
-double rectIou(const QRect& a, const QRect& b) {
+double overlayGeometry::rectIou(const QRect& a, const QRect& b) {
     const double common = areaOf(a & b);
     if (common < 1.0)
         return 0.0;
@@ -47,24 +47,24 @@ double rectIou(const QRect& a, const QRect& b) {
     return all > 0.0 ? common / all : 0.0;
 }
 
-QPoint boxCenter(const QRect& box) {
+QPoint overlayGeometry::boxCenter(const QRect& box) {
     return QPoint(int((qint64(box.left()) + box.right()) / 2),
                   int((qint64(box.top()) + box.bottom()) / 2));
 }
 
-QRect expectedBodyBox(const QRect& face) {
+QRect overlayGeometry::expectedBodyBox(const QRect& face) {
     const qint64 w = widthOf(face);
     const qint64 h = heightOf(face);
     return grown(face, w, h, w, 3 * h);
 }
 
-QRect enlargedByHalf(const QRect& box) {
+QRect overlayGeometry::enlargedByHalf(const QRect& box) {
     const qint64 w = widthOf(box) / 2;
     const qint64 h = heightOf(box) / 2;
     return grown(box, w, h, w, h);
 }
 
-QRect estimatedHeadRegion(const FaceOverlay& overlay, const QSize& imageSize) {
+QRect overlayGeometry::estimatedHeadRegion(const FaceOverlay& overlay, const QSize& imageSize) {
     const QRect image(QPoint(0, 0), imageSize);
     const QRect box = overlay.rect & image;
     if (box.isEmpty() || !overlay.bodyOnly)
@@ -77,7 +77,7 @@ QRect estimatedHeadRegion(const FaceOverlay& overlay, const QSize& imageSize) {
     return QRect(left, top, width, height) & image;
 }
 
-QString boxText(const QRect& box) {
+QString overlayGeometry::boxText(const QRect& box) {
     return u"%1,%2 %3x%4"_s.arg(QString::number(box.left()), QString::number(box.top()),
                                 QString::number(widthOf(box)), QString::number(heightOf(box)));
 }

@@ -6,6 +6,9 @@
 #include <QRect>
 #include <QSize>
 
+/// Boxes of overlays in pixels of the colour image. Any integers will do: nothing overflows.
+namespace overlayGeometry {
+
 /// Overlap of two boxes: the area of their intersection over that of their union, 0 … 1; 0 when
 /// they do not meet.
 double rectIou(const QRect& a, const QRect& b);
@@ -27,3 +30,5 @@ QRect estimatedHeadRegion(const FaceOverlay& overlay, const QSize& imageSize);
 
 /// "x,y widthxheight", as the diagnostic lines show a box.
 QString boxText(const QRect& box);
+
+} // namespace overlayGeometry

@@ -26,11 +26,12 @@ std::optional<RejectionReason> photographReason(const FaceOverlay& overlay) {
 }
 
 bool isDuplicateOf(const FaceOverlay& overlay, const FaceOverlay& owner, int imageWidth) {
-    const double apart = std::abs(double(boxCenter(overlay.rect).x()) - boxCenter(owner.rect).x());
+    const double apart = std::abs(double(overlayGeometry::boxCenter(overlay.rect).x()) -
+                                  overlayGeometry::boxCenter(owner.rect).x());
     if (overlay.hasDistance && owner.hasDistance && apart <= duplicateReach * imageWidth &&
         std::abs(overlay.distanceMeters - owner.distanceMeters) <= duplicateDistance_m)
         return true;
-    return overlay.rect.intersects(enlargedByHalf(owner.rect));
+    return overlay.rect.intersects(overlayGeometry::enlargedByHalf(owner.rect));
 }
 
 /// Drops the overlays for which `reasonOf` has a reason.

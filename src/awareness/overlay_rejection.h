@@ -16,7 +16,7 @@ struct Rejection {
     RejectionReason reason = RejectionReason::NoDepth;
 };
 
-/// Drops faces that look like photographs or belong to the background (no depth behind them, or
-/// unknown and too far away), and then whatever stands so close to the owner that it must be the
-/// owner once more. Returns what was dropped. `imageWidth` is the colour image's.
+/// Drops faces that look like photographs or belong to the background (no depth there, or unknown
+/// and too far away), and then whatever is so close to an overlay of the owner that it must be the
+/// same person. Returns what was dropped. `imageWidth` is the colour image's.
 QList<Rejection> rejectOverlays(QList<FaceOverlay>& overlays, int imageWidth);

@@ -1,6 +1,7 @@
 #include "face/face_tracks.h"
 
 #include "app/identity.h"
+#include "app/overlay_freshness.h"
 #include "face/face_detection.h"
 
 #include <QDebug>
@@ -35,7 +36,6 @@ constexpr qint64 confirmAfterMs = 1200;
 constexpr int forgivenStreak = 7;
 
 constexpr qint64 unshownKeptMs = 900;
-constexpr qint64 freshMs = 500;
 constexpr int nearFaceHeightPx = 90;
 
 double centreDistance(int a, int aLength, int b, int bLength) {
@@ -144,10 +144,10 @@ FaceOverlay overlayOf(const Track& track, qint64 nowMs, int lostTimeoutMs) {
     else
         overlay.tier = track.rect.height >= nearFaceHeightPx ? u"near face"_s : u"mid face"_s;
     const qint64 age = nowMs - track.lastSeenMs;
-    overlay.stale = age > freshMs;
+    overlay.stale = overlayFreshness::isStale(age);
     overlay.status = u"tracked"_s;
     if (overlay.stale)
-        overlay.status = u"last seen %1s"_s.arg(static_cast<double>(age) / 1000.0, 0, 'f', 1);
+        overlay.status = overlayFreshness::lastSeenText(age);
     if (overlay.stale && age > lostTimeoutMs)
         overlay.status = u"lost"_s;
     return overlay;

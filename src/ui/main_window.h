@@ -31,9 +31,7 @@ struct NewestFrames {
     StreamFrame lastRgbImage;
     StreamFrame lastIrImage;
     StreamFrame lastDepthImage;
-    QList<float> lastDepthMm; ///< Row by row, depthWidth x depthHeight, millimetres, 0 for none.
-    int depthWidth = 0;
-    int depthHeight = 0;
+    DepthFrame lastDepth;
 };
 
 /// The one top-level window of the program: it owns the views, the side panels and the workers, and
@@ -74,6 +72,9 @@ public:
     /// looks.
     void updateAwarenessOverlays();
 
+    /// The newest data and the switches, as the next awareness pass looks at them.
+    AwarenessInput awarenessInput() const;
+
     /// Reads what the voice service left in the user's state folder, and shows it.
     void pollAuralisStatus();
 
@@ -112,7 +113,6 @@ private:
     void showView(View view);
     void takeImage(StreamFrame NewestFrames::*stream, const QImage& image);
     void submitToFaceWorker(const QImage& rgb);
-    AwarenessInput awarenessInput() const;
     void logAwareness(const AwarenessResult& result);
     void startVoicePoll();
     void updateFollowLabel(StreamImageWidget* widget, const StreamFrame& image);

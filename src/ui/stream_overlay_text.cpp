@@ -2,6 +2,7 @@
 
 #include "app/face_overlay.h"
 #include "app/voice_direction_status.h"
+#include "voice/speaker_zones.h"
 
 #include <cmath>
 #include <limits>
@@ -76,15 +77,9 @@ QString streamText::caption(const FaceOverlay& overlay) {
 }
 
 std::optional<int> streamText::activeSpeakerLight(const VoiceDirectionStatus& status) {
-    if (!hasFreshDirection(status) || std::isnan(status.angleDegrees))
+    if (!hasFreshDirection(status))
         return std::nullopt;
-    const double t = (60.0 + status.angleDegrees) / 120.0;
-    int index = 0;
-    if (t > 0.999)
-        index = 5;
-    else if (t >= 0.0)
-        index = static_cast<int>(t * 6.0);
-    return status.inverted ? 5 - index : index;
+    return speakerZones::ofVoice(status.angleDegrees, status.inverted);
 }
 
 streamText::VoiceLines streamText::voiceLines(const VoiceDirectionStatus& status) {

@@ -20,9 +20,8 @@ QString singleLine(const QString& text);
 /// 0.
 QString caption(const FaceOverlay& overlay);
 
-/// Index from 0 (left) to 5 of the light that stands for the direction: the 120 degrees of the view
-/// from -60 to +60 in six equal parts, mirrored when the mapping is inverted; directions outside
-/// light the outermost. None without a fresh direction, nor for an angle that is not a number.
+/// Index from 0 (left) to 5 of the light that stands for the direction, one for each speaker zone.
+/// None without a fresh direction, nor for an angle that is not a number.
 std::optional<int> activeSpeakerLight(const VoiceDirectionStatus& status);
 
 struct VoiceLines {

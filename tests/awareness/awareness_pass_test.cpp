@@ -26,6 +26,9 @@ private Q_SLOTS:
     void regionsAreTheCropThenTheCandidates();
     void withoutATargetRegionsAreTheCandidatesAlone();
     void theVoiceNeverChangesWhoIsFollowed();
+    void rejectedOverlaysAreNoSpeakers();
+    void theInversionSwitchMirrorsTheVoice();
+    void theClockIsReadOnce();
     void theReportHasEveryFieldInItsOrder();
     void theReportDescribesOverlaysAndCandidates();
     void hostileDepthIsSurvived();
@@ -101,9 +104,7 @@ void AwarenessPassTest::withoutDepthFacesKeepTheirDistances() {
     QFETCH(QSize, depth);
     AwarenessInput input;
     input.imageSize = image;
-    input.lastDepthMm = QList<float>(length, 2000.0F);
-    input.depthWidth = depth.width();
-    input.depthHeight = depth.height();
+    input.depth = {QList<float>(length, 2000.0F), depth.width(), depth.height()};
     input.faceOverlays = {overlays::faceAt(identity::unknown, QRect(900, 300, 90, 90), 1.7)};
     AwarenessState state;
     const AwarenessResult result = pass(state, input);
@@ -116,7 +117,7 @@ void AwarenessPassTest::withoutDepthTracksStillExpire() {
     RoomPlayer player(2000);
     playFor(player, 1.0, {{0.5, 2.5, QString()}});
     QCOMPARE(player.state.bodyTracks.size(), 1);
-    player.input.lastDepthMm.clear();
+    player.input.depth.depth_mm.clear();
     const qint64 seen = player.now;
     QCOMPARE(labels(pass(player.state, player.input, seen + 2000).faceOverlays),
              QStringList(identity::person));
@@ -128,9 +129,7 @@ void AwarenessPassTest::aPhotographIsRejected() {
     DepthScene wall(512, 424, 0.0F);
     AwarenessInput input;
     input.imageSize = QSize(1920, 1080);
-    input.lastDepthMm = wall.mm;
-    input.depthWidth = wall.width;
-    input.depthHeight = wall.height;
+    input.depth = wall.frame();
     input.faceOverlays = {overlays::face(identity::unknown, QRect(900, 300, 90, 90))};
     AwarenessState state;
     const AwarenessResult result = pass(state, input);
@@ -204,6 +203,45 @@ void AwarenessPassTest::theVoiceNeverChangesWhoIsFollowed() {
     QCOMPARE(labels(talking.result.faceOverlays), labels(silent.result.faceOverlays));
     QCOMPARE(talking.state.followView.followCrop, silent.state.followView.followCrop);
     QCOMPARE(talking.status(), silent.status());
+}
+
+void AwarenessPassTest::rejectedOverlaysAreNoSpeakers() {
+    AwarenessInput input;
+    input.imageSize = QSize(1920, 1080);
+    input.voiceStatus.hasDirection = input.voiceStatus.fresh = true;
+    input.voiceStatus.lowConfidence = false;
+    FaceOverlay photograph = overlays::face(identity::unknown, QRect(1000, 300, 90, 90));
+    photograph.depthMissing = true;
+    input.faceOverlays = {photograph,
+                          overlays::faceAt(identity::unknown, QRect(850, 300, 90, 90), 1.7)};
+    AwarenessState state;
+    const AwarenessResult result = pass(state, input);
+    QCOMPARE(result.faceOverlays.size(), 1);
+    QCOMPARE(result.faceOverlays[0].speakerNote, u"possible speaker"_s);
+}
+
+void AwarenessPassTest::theInversionSwitchMirrorsTheVoice() {
+    AwarenessInput input;
+    input.imageSize = QSize(1920, 1080);
+    input.voiceStatus.hasDirection = input.voiceStatus.fresh = true;
+    input.voiceStatus.lowConfidence = false;
+    input.voiceStatus.angleDegrees = 50.0;
+    input.faceOverlays = {overlays::faceAt(identity::unknown, QRect(100, 300, 90, 90), 1.7)};
+    AwarenessState state;
+    QCOMPARE(pass(state, input).faceOverlays[0].speakerNote, u"voice unmatched"_s);
+    input.invertAudioDirection = true;
+    QCOMPARE(pass(state, input).faceOverlays[0].speakerNote, u"possible speaker"_s);
+}
+
+void AwarenessPassTest::theClockIsReadOnce() {
+    AwarenessInput input;
+    input.imageSize = QSize(1920, 1080);
+    input.faceOverlays = {overlays::faceAt(identity::owner, QRect(850, 300, 90, 90), 1.7)};
+    AwarenessState state;
+    int readings = 0;
+    runAwarenessPass(state, input, [&readings] { return now + readings++; });
+    QCOMPARE(readings, 1);
+    QCOMPARE(state.followTarget.lastTavinSeenMs, now);
 }
 
 void AwarenessPassTest::theReportHasEveryFieldInItsOrder() {
@@ -292,17 +330,17 @@ void AwarenessPassTest::hostileDepthIsSurvived() {
     for (int round = 0; round < 200; ++round) {
         AwarenessInput input;
         input.imageSize = QSize(int(random() % 3000), int(random() % 2000));
-        input.depthWidth = int(random() % 300) - 5;
-        input.depthHeight = int(random() % 300) - 5;
-        DepthScene scene(std::max(input.depthWidth, 1), std::max(input.depthHeight, 1));
+        input.depth.width = int(random() % 300) - 5;
+        input.depth.height = int(random() % 300) - 5;
+        DepthScene scene(std::max(input.depth.width, 1), std::max(input.depth.height, 1));
         const int block = 1 + int(random() % 60);
         for (int y = 0; y < scene.height; y += block) {
             for (int x = 0; x < scene.width; x += block)
                 scene.fill(QRect(x, y, block, block), values[qsizetype(random() % 8)]);
         }
-        input.lastDepthMm = scene.mm;
+        input.depth.depth_mm = scene.mm;
         if (round % 4 == 0)
-            input.lastDepthMm.resize(input.lastDepthMm.size() / 2);
+            input.depth.depth_mm.resize(scene.mm.size() / 2);
         for (int i = 0; i < 3; ++i)
             input.faceOverlays.append(
                 overlays::face(i == 0 ? identity::owner : identity::unknown,

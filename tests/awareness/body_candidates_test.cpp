@@ -1,6 +1,5 @@
 #include "awareness/body_candidates.h"
 #include "awareness/depth_scene.h"
-#include "awareness/grid_components.h"
 #include "awareness/plain_body_candidates.h"
 
 #include <QTest>
@@ -32,6 +31,8 @@ private Q_SLOTS:
     void tierChangesAtTwoPointTwoMetres();
     void theBoxHasMarginsForHeadAndFeet();
     void aBlobAtTheBorderIsClipped();
+    void theClippedBoxIsMeasured_data();
+    void theClippedBoxIsMeasured();
     void aClippedBoxMayBeTooSmall_data();
     void aClippedBoxMayBeTooSmall();
     void theFourTallestComeTallestFirst();
@@ -51,7 +52,7 @@ constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 
 QList<BodyCandidate> search(const DepthScene& scene, const QSize& colorSize = fullHd) {
-    return detectDepthBodyCandidates(scene.mm, scene.width, scene.height, colorSize);
+    return detectDepthBodyCandidates(scene.frame(), colorSize);
 }
 
 /// Everything of a candidate list, for a comparison that shows what differs.
@@ -188,13 +189,7 @@ void BodyCandidatesTest::gatesAtTheirExactBounds() {
     QFETCH(int, wide);
     QFETCH(int, high);
     QFETCH(BodyGate, expected);
-    GridComponent component;
-    component.cells = cells;
-    component.minX = 5;
-    component.maxX = 5 + wide - 1;
-    component.minY = 3;
-    component.maxY = 3 + high - 1;
-    QCOMPARE(failedBodyGate(component, 128, 106), expected);
+    QCOMPARE(failedBodyGate({QRect(5, 3, wide, high), cells}, QSize(128, 106)), expected);
 }
 
 void BodyCandidatesTest::fortyFourCellsAreTooFew() {
@@ -268,6 +263,40 @@ void BodyCandidatesTest::aBlobAtTheBorderIsClipped() {
     QCOMPARE(search(scene).value(0).rect.bottomRight(), QPoint(1919, 1079));
 }
 
+void BodyCandidatesTest::theClippedBoxIsMeasured_data() {
+    QTest::addColumn<QPoint>("cell");
+    QTest::addColumn<QSize>("colorSize");
+    QTest::addColumn<QSize>("boxSize"); // null for the side that does not matter
+    QTest::addColumn<bool>("found");
+    // The blob is 10x20 cells, 0.078 of the width and 0.189 of the height. With both margins it
+    // would always be large enough here.
+    QTest::newRow("left, 54") << QPoint(0, 40) << QSize(588, 1080) << QSize(54, 0) << false;
+    QTest::newRow("left, 55") << QPoint(0, 40) << QSize(589, 1080) << QSize(55, 0) << true;
+    QTest::newRow("right, 54") << QPoint(118, 40) << QSize(576, 1080) << QSize(54, 0) << false;
+    QTest::newRow("right, 55") << QPoint(118, 40) << QSize(577, 1080) << QSize(55, 0) << true;
+    QTest::newRow("bottom, 119") << QPoint(60, 86) << QSize(1920, 561) << QSize(0, 119) << false;
+    QTest::newRow("bottom, 120") << QPoint(60, 86) << QSize(1920, 562) << QSize(0, 120) << true;
+    QTest::newRow("top, 119") << QPoint(60, 0) << QSize(1920, 582) << QSize(0, 119) << false;
+    QTest::newRow("top, 121") << QPoint(60, 0) << QSize(1920, 583) << QSize(0, 121) << true;
+}
+
+void BodyCandidatesTest::theClippedBoxIsMeasured() {
+    QFETCH(QPoint, cell);
+    QFETCH(QSize, colorSize);
+    QFETCH(QSize, boxSize);
+    QFETCH(bool, found);
+    DepthScene scene;
+    scene.fillCells(QRect(cell, QSize(10, 20)), 2000.0F);
+    scene.fillCells(QRect(cell, QSize(2, 10)), 0.0F);
+    const QList<BodyCandidate> candidates = search(scene, colorSize);
+    QCOMPARE(candidates.size(), found ? 1 : 0);
+    if (!found)
+        return;
+    const QRect box = candidates[0].rect;
+    QCOMPARE(QSize(boxSize.width() ? box.width() : 0, boxSize.height() ? box.height() : 0),
+             boxSize);
+}
+
 void BodyCandidatesTest::aClippedBoxMayBeTooSmall_data() {
     QTest::addColumn<QSize>("colorSize");
     QTest::addColumn<int>("expected");
@@ -319,7 +348,7 @@ void BodyCandidatesTest::unusableArgumentsGiveNothing() {
     DepthScene scene;
     scene.stand(250, 100, 250, 2000.0F);
     scene.mm.resize(length);
-    QVERIFY(detectDepthBodyCandidates(scene.mm, depth.width(), depth.height(), color).isEmpty());
+    QVERIFY(detectDepthBodyCandidates({scene.mm, depth.width(), depth.height()}, color).isEmpty());
 }
 
 void BodyCandidatesTest::equalsThePlainSearchOnRandomFrames_data() {

@@ -23,10 +23,18 @@ private Q_SLOTS:
     void theEarlierTrackWinsTies();
     void aCandidateBesideATrackJoinsIt_data();
     void aCandidateBesideATrackJoinsIt();
+    void anOverlapOfMoreThanEightPercentJoins_data();
+    void anOverlapOfMoreThanEightPercentJoins();
+    void besideATrackScoresLessTheFartherAway_data();
+    void besideATrackScoresLessTheFartherAway();
     void oneTrackTakesOneCandidate();
     void numbersAreNeverReused();
     void theOwnersFaceMakesTheBodyTheOwners();
     void aFaceBesideTheBodyDoesNot();
+    void theOwnersFaceMustOverlapByTwoPercent_data();
+    void theOwnersFaceMustOverlapByTwoPercent();
+    void theOwnersFaceCoversABodyFromFourPercentOn_data();
+    void theOwnersFaceCoversABodyFromFourPercentOn();
     void aStableTrackBecomesABodyOverlay();
     void anUnstableTrackDoesNot();
     void aBodyUnderTheOwnersFaceHasNoOverlay();
@@ -136,7 +144,7 @@ void BodyTracksTest::aStableTrackLastsThePersonLostTime() {
     expireBodyTracks(tracks.list, start + 700 + lostMs + 1, lostMs);
     QVERIFY(tracks.list.isEmpty());
     tracks = stableTrack();
-    expireBodyTracks(tracks.list, start + 701, 0); // no patience at all
+    expireBodyTracks(tracks.list, start + 701, 0);
     QVERIFY(tracks.list.isEmpty());
 }
 
@@ -193,6 +201,57 @@ void BodyTracksTest::aCandidateBesideATrackJoinsIt() {
     QCOMPARE(tracks.last().rect, second);
 }
 
+void BodyTracksTest::anOverlapOfMoreThanEightPercentJoins_data() {
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<int>("expectedTracks");
+    // Boxes of the same height whose centres are farther apart than a track's side by side reach.
+    QTest::newRow("60 of 740") << 400 << 340 << 1;
+    QTest::newRow("exactly 40 of 500") << 270 << 230 << 2;
+    QTest::newRow("59 of 741") << 400 << 341 << 2;
+}
+
+void BodyTracksTest::anOverlapOfMoreThanEightPercentJoins() {
+    QFETCH(int, width);
+    QFETCH(int, offset);
+    QFETCH(int, expectedTracks);
+    const QRect first(0, 0, width, 300);
+    QList<BodyTrack> tracks;
+    int nextId = 0;
+    matchBodyTracks(tracks, nextId, {candidate(first)}, {}, 1000, start, lostMs);
+    matchBodyTracks(tracks, nextId, {candidate(first.translated(offset, 0))}, {}, 1000, start + 33,
+                    lostMs);
+    QCOMPARE(tracks.size(), expectedTracks);
+}
+
+void BodyTracksTest::besideATrackScoresLessTheFartherAway_data() {
+    QTest::addColumn<int>("offset");  // from the track that is not overlapped
+    QTest::addColumn<int>("overlap"); // with the other, in columns of 400
+    QTest::addColumn<bool>("besideWins");
+    // 0.09 less 0.2 times the distance in widths of the image, against the overlap's share.
+    QTest::newRow("0.0900 and 66 of 734") << 0 << 66 << true;
+    QTest::newRow("0.0900 and 67 of 733") << 0 << 67 << false;
+    QTest::newRow("0.0820 and 60 of 740") << 40 << 60 << true;
+    QTest::newRow("0.0808 and 60 of 740") << 46 << 60 << false;
+}
+
+void BodyTracksTest::besideATrackScoresLessTheFartherAway() {
+    QFETCH(int, offset);
+    QFETCH(int, overlap);
+    QFETCH(bool, besideWins);
+    const QRect seen(500, 400, 400, 300);
+    const QRect beside = seen.translated(-offset, -350);
+    const QRect overlapped = seen.translated(400 - overlap, 0);
+    QList<BodyTrack> tracks;
+    int nextId = 0;
+    matchBodyTracks(tracks, nextId, {candidate(overlapped), candidate(beside)}, {}, 1000, start,
+                    lostMs);
+    QCOMPARE(tracks.size(), 2);
+    matchBodyTracks(tracks, nextId, {candidate(seen)}, {}, 1000, start + 33, lostMs);
+    QCOMPARE(tracks.size(), 2);
+    QCOMPARE(tracks[besideWins ? 1 : 0].rect, seen);
+}
+
 void BodyTracksTest::oneTrackTakesOneCandidate() {
     Tracks tracks;
     tracks.match({candidate(place)}, start);
@@ -229,6 +288,43 @@ void BodyTracksTest::aFaceBesideTheBodyDoesNot() {
                   overlays::face(identity::unknown, QRect(850, 200, 100, 100)),
                   overlays::face(u"tavin"_s, QRect(850, 200, 100, 100))});
     QVERIFY(!tracks.list[0].tavin);
+}
+
+void BodyTracksTest::theOwnersFaceMustOverlapByTwoPercent_data() {
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<bool>("linked");
+    QTest::newRow("exactly 12 of 600") << 12 << false;
+    QTest::newRow("13 of 599") << 13 << true;
+}
+
+void BodyTracksTest::theOwnersFaceMustOverlapByTwoPercent() {
+    QFETCH(int, columns);
+    // The body of a face of 102x100 is expected in a box of 306x500.
+    const FaceOverlay owner = overlays::face(identity::owner, QRect(802, 300, 102, 100));
+    const QRect expected(700, 200, 306, 500);
+    Tracks tracks;
+    tracks.match({candidate(expected.translated(306 - columns, 0))}, start, {owner});
+    QTEST(tracks.list[0].tavin, "linked");
+}
+
+void BodyTracksTest::theOwnersFaceCoversABodyFromFourPercentOn_data() {
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<bool>("covered");
+    QTest::newRow("exactly 6 of 150") << 6 << false;
+    QTest::newRow("7 of 149") << 7 << true;
+}
+
+void BodyTracksTest::theOwnersFaceCoversABodyFromFourPercentOn() {
+    QFETCH(int, columns);
+    QFETCH(bool, covered);
+    // The body of a face of 26x100 is expected in a box of 78x500.
+    const FaceOverlay owner = overlays::face(identity::owner, QRect(726, 300, 26, 100));
+    BodyTrack track;
+    track.rect = QRect(700, 200, 78, 500).translated(78 - columns, 0);
+    track.stable = true;
+    QList<FaceOverlay> list{owner};
+    appendBodyOverlays(list, {track}, start);
+    QCOMPARE(list.size(), covered ? 1 : 2);
 }
 
 void BodyTracksTest::aStableTrackBecomesABodyOverlay() {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QList>
+#include "frames/depth_frame.h"
+
 #include <QRect>
 
 /// A raw depth frame that a test paints: millimetres, 0 for no reading.
@@ -11,6 +12,8 @@ struct DepthScene {
 
     explicit DepthScene(int frameWidth = 512, int frameHeight = 424, float background_mm = 0.0F)
         : width(frameWidth), height(frameHeight), mm(qsizetype(width) * height, background_mm) {}
+
+    DepthFrame frame() const { return {mm, width, height}; }
 
     /// Sets the pixels of `box` that lie in the frame.
     void fill(const QRect& box, float depth_mm) {

@@ -18,6 +18,7 @@ private Q_SLOTS:
     void evenNumbersTakeTheUpperMedian();
     void facesOutsideTheImageUseTheNearestPixels();
     void invalidBoxesAreLeftAlone();
+    void earlierFindingsAreReplaced();
     void aShortListHasNoSamples();
 };
 
@@ -30,7 +31,7 @@ constexpr QPoint centralPixel(256, 227);
 
 FaceOverlay measured(const DepthScene& scene, const QRect& face = centralFace) {
     QList<FaceOverlay> faces{overlays::face(identity::unknown, face)};
-    measureFaceDistances(faces, scene.mm, scene.width, scene.height, fullHd);
+    measureFaceDistances(faces, scene.frame(), fullHd);
     return faces[0];
 }
 
@@ -112,10 +113,22 @@ void FaceDistanceTest::invalidBoxesAreLeftAlone() {
     const DepthScene scene(512, 424, 2000.0F);
     QList<FaceOverlay> faces{overlays::face(identity::unknown, QRect()),
                              overlays::faceAt(identity::unknown, QRect(10, 10, -5, 9), 1.7)};
-    measureFaceDistances(faces, scene.mm, scene.width, scene.height, fullHd);
+    measureFaceDistances(faces, scene.frame(), fullHd);
     QVERIFY(!faces[0].hasDistance);
     QVERIFY(!faces[0].depthMissing);
     QCOMPARE(faces[1].distanceMeters, 1.7);
+}
+
+void FaceDistanceTest::earlierFindingsAreReplaced() {
+    FaceOverlay face = overlays::face(identity::unknown, centralFace);
+    face.depthMissing = true;
+    QList<FaceOverlay> faces{face};
+    measureFaceDistances(faces, DepthScene(512, 424, 2000.0F).frame(), fullHd);
+    QVERIFY(faces[0].hasDistance);
+    QVERIFY(!faces[0].depthMissing);
+    measureFaceDistances(faces, DepthScene().frame(), fullHd);
+    QVERIFY(!faces[0].hasDistance);
+    QVERIFY(faces[0].depthMissing);
 }
 
 void FaceDistanceTest::aShortListHasNoSamples() {

@@ -12,6 +12,8 @@ class FollowTargetTest : public QObject {
 private Q_SLOTS:
     void whoIsFollowed_data();
     void whoIsFollowed();
+    void scores_data();
+    void scores();
     void theHigherScoreWins_data();
     void theHigherScoreWins();
     void theFirstOfEqualsWins();
@@ -115,6 +117,36 @@ void FollowTargetTest::whoIsFollowed() {
     QCOMPARE(followTexts::statusName(choice.followTargetReason), status);
 }
 
+void FollowTargetTest::scores_data() {
+    QTest::addColumn<FaceOverlay>("overlay");
+    QTest::addColumn<int>("score");
+    QTest::addColumn<int>("rememberedScore");
+    QTest::newRow("owner") << owner() << 300 << 335;
+    QTest::newRow("possible owner") << possibleOwner() << 230 << 265;
+    QTest::newRow("body") << person() << 130 << 165;
+    QTest::newRow("unknown face") << unknown() << 80 << 115;
+    QTest::newRow("unknown without depth") << withoutDepth(unknown()) << -1 << 34;
+    QTest::newRow("person without a body") << overlays::face(identity::person, place) << -1 << 34;
+    QTest::newRow("another name") << overlays::face(u"Guest"_s, place) << -1 << 34;
+}
+
+void FollowTargetTest::scores() {
+    QFETCH(FaceOverlay, overlay);
+    QFETCH(int, score);
+    QFETCH(int, rememberedScore);
+    QCOMPARE(followScore(overlay, QString()), score);
+    QCOMPARE(followScore(overlay, u"Somebody else"_s), score);
+    QCOMPARE(followScore(overlay, overlay.label), rememberedScore);
+    QCOMPARE(followScore(stale(overlay), QString()), score - 20);
+    QCOMPARE(followScore(stale(overlay), overlay.label), rememberedScore - 20);
+    // The owner's body keeps the owner's place, and nothing else does.
+    const bool ownersBody = overlay.label == identity::possibleOwner;
+    QCOMPARE(followScore(overlay, identity::owner),
+             overlay.label == identity::owner || ownersBody ? rememberedScore : score);
+    if (!ownersBody)
+        QCOMPARE(followScore(overlay, identity::possibleOwner), score);
+}
+
 void FollowTargetTest::theHigherScoreWins_data() {
     QTest::addColumn<FaceOverlay>("first");
     QTest::addColumn<FaceOverlay>("second");
@@ -166,7 +198,7 @@ void FollowTargetTest::theRememberedTargetKeepsTheLead() {
 
 void FollowTargetTest::theOwnersBodyKeepsTheOwnersPlace() {
     FollowTarget follow = remembering(identity::owner, 2);
-    // 265 instead of 230, and not more: the owner's own face would still win with 335.
+    // Not more than the owner's own face, even when that is stale.
     QCOMPARE(choose(follow, {stale(owner()), possibleOwner()}), 0);
     follow = remembering(identity::owner, 2);
     QCOMPARE(choose(follow, {possibleOwner()}), 0);

@@ -13,6 +13,7 @@ private Q_SLOTS:
     void zoomBandsByDistance();
     void zoomBandsByFaceHeight_data();
     void zoomBandsByFaceHeight();
+    void aFacesWholeHeightCountsEvenOutsideTheImage();
     void whyTheZoomIsWhatItIs();
     void anEmptyImageIsNotZoomed();
     void zoomSteps_data();
@@ -29,6 +30,8 @@ private Q_SLOTS:
     void edgeProtectionPullsTheCropAlong();
     void theFirstTargetStartsFromTheWholeImage();
     void theOwnersHoldKeepsAtLeastThree();
+    void theHeldOwnersZoom_data();
+    void theHeldOwnersZoom();
     void theHoldTurnsToAnybodyElseAtFullZoom();
     void theHoldDoesNotApplyCloseUp();
     void theHoldEndsWithItsTime();
@@ -37,6 +40,8 @@ private Q_SLOTS:
     void withNobodyTheViewResetsAtOnce();
     void aTargetOutsideTheImageKeepsTheHeldCrop();
     void aTargetOutsideTheImageResetsWithoutAHold();
+    void aKeptCropKeepsItsHeadRegion();
+    void anUnmeasuredTargetIsAtNoDistance();
     void aStaleOwnerSaysSo();
     void theStatusTextSaysItAll();
     void everyPassStartsAnew();
@@ -144,6 +149,12 @@ void FollowViewTest::zoomBandsByFaceHeight() {
     QTEST(zoom.factor, "zoom");
     QTEST(zoom.maxZoomActive, "maximum");
     QCOMPARE(zoom.closeNoZoomActive(), height == 55);
+}
+
+void FollowViewTest::aFacesWholeHeightCountsEvenOutsideTheImage() {
+    // 55 of 100 pixels, of which 20 are inside.
+    const FaceOverlay face = overlays::face(identity::unknown, QRect(10, 80, 40, 55));
+    QVERIFY(targetZoom(face, QSize(200, 100), false).closeNoZoomActive());
 }
 
 void FollowViewTest::whyTheZoomIsWhatItIs() {
@@ -360,6 +371,28 @@ void FollowViewTest::theOwnersHoldKeepsAtLeastThree() {
     QCOMPARE(followTexts::zoomSmoothingState(pass), u"zoom-in slow alpha 0.10 target 7.0"_s);
 }
 
+void FollowViewTest::theHeldOwnersZoom_data() {
+    QTest::addColumn<double>("factor");
+    QTest::addColumn<bool>("maximumBefore");
+    QTest::addColumn<double>("held");
+    QTest::addColumn<bool>("maximum");
+    QTest::newRow("1.5") << 1.5 << false << 3.0 << false;
+    QTest::newRow("3.0") << 3.0 << false << 3.0 << false;
+    QTest::newRow("3.1") << 3.1 << false << 3.1 << false;
+    QTest::newRow("7.0, the maximum") << 7.0 << true << 7.0 << true;
+    QTest::newRow("7.94") << 7.94 << false << 7.94 << false;
+    QTest::newRow("7.95") << 7.95 << false << 7.95 << true;
+}
+
+void FollowViewTest::theHeldOwnersZoom() {
+    QFETCH(double, factor);
+    QFETCH(bool, maximumBefore);
+    const TargetZoom zoom = heldOwnerZoom({factor, ZoomReason::FaceHead, maximumBefore});
+    QTEST(zoom.factor, "held");
+    QTEST(zoom.maxZoomActive, "maximum");
+    QCOMPARE(zoom.zoomReason, ZoomReason::FaceHead);
+}
+
 void FollowViewTest::theHoldTurnsToAnybodyElseAtFullZoom() {
     FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
     const FaceOverlay face = unknown(2.0);
@@ -408,10 +441,16 @@ void FollowViewTest::reacquiringAimsAtBothHeads() {
 }
 
 void FollowViewTest::withNobodyTheViewResetsAtOnce() {
-    FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
-    view.targetHeadRegion = head;
+    FollowView view;
     const FollowTarget follow;
-    const FollowPass pass = updateFollowView(view, follow, nobodyChosen, nullptr, image, now);
+    const FaceOverlay face = unknown();
+    FollowPass pass =
+        updateFollowView(view, follow, choiceOf(FollowStatus::Person), &face, image, now);
+    QVERIFY(view.followZoom > 1.0 && view.followCrop.isValid());
+    QCOMPARE(view.targetHeadRegion, head);
+    QVERIFY(view.smoothedCropCenter.x() > 900.0);
+    QCOMPARE(pass.targetCenter(), head.center());
+    pass = updateFollowView(view, follow, nobodyChosen, nullptr, image, now + 33);
     QCOMPARE(view.followZoom, 1.0);
     QCOMPARE(view.followCrop, QRect());
     QCOMPARE(view.targetHeadRegion, QRect());
@@ -449,6 +488,38 @@ void FollowViewTest::aTargetOutsideTheImageResetsWithoutAHold() {
     updateFollowView(view, FollowTarget(), choiceOf(FollowStatus::Person), &outside, image, now);
     QCOMPARE(view.followCrop, QRect());
     QCOMPARE(view.followZoom, 1.0);
+}
+
+void FollowViewTest::aKeptCropKeepsItsHeadRegion() {
+    FollowView view = settledView(QRect(480, 270, 960, 540), 2.0);
+    view.targetHeadRegion = head;
+    const FollowTarget follow = holding(2500);
+    const FaceOverlay outside = overlays::faceAt(identity::owner, QRect(5000, 0, 100, 100), 2.0);
+    FollowPass pass =
+        updateFollowView(view, follow, choiceOf(FollowStatus::Owner), &outside, image, now);
+    QVERIFY(pass.previousCropKept);
+    QCOMPARE(view.targetHeadRegion, head);
+    QCOMPARE(view.smoothedCropCenter, QPointF(QRect(480, 270, 960, 540).center()));
+    // The text is a fixed one apart from its flag: the owner's own zoom is not the strongest.
+    QVERIFY(!pass.choice.reacquireMode);
+    const QString text = followTexts::selectedFollowTarget(pass, view, follow);
+    QVERIFY(text.contains(u"| reacquire_mode true | max_zoom_active false |"_s));
+
+    FollowTarget withoutHead = follow;
+    withoutHead.lastTavinHeadRegion = QRect();
+    pass = updateFollowView(view, withoutHead, nobodyChosen, nullptr, image, now);
+    QVERIFY(pass.previousCropKept && pass.choice.reacquireMode && pass.zoom.maxZoomActive);
+    QCOMPARE(view.targetHeadRegion, head);
+}
+
+void FollowViewTest::anUnmeasuredTargetIsAtNoDistance() {
+    FollowView view;
+    FaceOverlay face = unknown(3.3);
+    face.hasDistance = false;
+    const FollowPass pass =
+        updateFollowView(view, FollowTarget(), choiceOf(FollowStatus::Person), &face, image, now);
+    QCOMPARE(pass.targetDistance, 0.0);
+    QCOMPARE(pass.zoom.factor, 7.0); // by its height, a ninth of the image's
 }
 
 void FollowViewTest::aStaleOwnerSaysSo() {

@@ -1,4 +1,5 @@
 #include "app/record_types.h"
+#include "awareness/follow_texts.h"
 #include "support/log_capture.h"
 #include "support/picture_compare.h"
 #include "support/temporary_place.h"
@@ -6,8 +7,13 @@
 #include "ui/stream_image_widget.h"
 #include "ui/stream_tiles.h"
 
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QTest>
+#include <QTimer>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -53,7 +59,7 @@ struct Painted {
 };
 
 Painted paint(const MainWindow& window, const QString& tileKey, const QImage& image,
-              const QString& banner = QString()) {
+              const QString& banner = QString(), const QList<FaceOverlay>& boxes = {}) {
     StreamImageWidget* tile = window.streamLabel(tileKey);
     Painted painted;
     painted.actual = picture(tile); // Lays the tile out.
@@ -62,6 +68,7 @@ Painted paint(const MainWindow& window, const QString& tileKey, const QImage& im
     expected.resize(tile->size());
     expected.setImage(image);
     expected.setSourceCrop(QRect(), banner);
+    expected.setOverlays(boxes);
     VoiceDirectionStatus noVoice;
     noVoice.reason = u"Auralis live event JSON not found"_s;
     if (!image.isNull()) // a tile is fed as a whole or not at all
@@ -74,6 +81,22 @@ QString paintedOtherwise(const MainWindow& window, const QString& tileKey, const
                          const QString& banner = QString()) {
     const Painted painted = paint(window, tileKey, image, banner);
     return pictureDifference(painted.actual, painted.expected, tileKey);
+}
+
+/// A picture of which no two parts are alike.
+QImage gradient(const QSize& size) {
+    QImage image(size, QImage::Format_RGB888);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixelColor(x, y, QColor(x * 255 / size.width(), y * 255 / size.height(), 90));
+    }
+    return image;
+}
+
+FaceOverlay unknownAt(const QRect& rect) {
+    FaceOverlay overlay = ownerAt(rect);
+    overlay.label = u"Unknown"_s;
+    return overlay;
 }
 
 const QString uncroppedBanner =
@@ -96,7 +119,12 @@ private Q_SLOTS:
     void oddSizesAreShown_data();
     void oddSizesAreShown();
     void followTileNamesTheViewOnScreen();
-    void followLineIsWrittenOnceASecondInEveryView();
+    void followTileShowsTheCroppedPictureAndItsBoxes();
+    void aPassLooksAtTheNewestDataAndTheSwitches();
+    void depthStartsAPass();
+    void whatAPassDroppedStaysDropped();
+    void aPollStartsAPass();
+    void recurringLinesAreWrittenOnceASecondInEveryView();
     void noFollowLineWithoutAColourImage();
 
 private:
@@ -213,16 +241,117 @@ void MainWindowStreamsTest::followTileNamesTheViewOnScreen() {
              QString());
 }
 
-void MainWindowStreamsTest::followLineIsWrittenOnceASecondInEveryView() {
+void MainWindowStreamsTest::followTileShowsTheCroppedPictureAndItsBoxes() {
     const auto window = mockWindow();
+    for (QTimer* timer : window->findChildren<QTimer*>())
+        timer->stop(); // no poll in between, which would run one pass more
+    const QImage image = gradient({960, 540});
+    FaceOverlay face = unknownAt({600, 300, 60, 80});
+    face.hasDistance = true;
+    face.distanceMeters = 2.0;
+    const QList<FaceOverlay> faces{face, unknownAt({10, 10, 20, 20})};
+    window->onFramesReady(image, QImage(), QImage());
+
+    AwarenessState state;
+    AwarenessInput input = window->awarenessInput();
+    input.faceOverlays = faces;
+    AwarenessResult result;
+    for (int pass = 0; pass < 12; ++pass) {
+        window->onFaceOverlaysReady(faces);
+        result = runAwarenessPass(state, input, [] { return qint64(1'700'000'000'000); });
+    }
+    const QRect crop = state.followView.followCrop;
+    QVERIFY(crop.left() > 0 && crop.top() > 0 && crop.width() < 700);
+    FaceOverlay moved = face;
+    moved.rect.translate(-crop.topLeft());
+    const QString banner =
+        u"VISIBLE FOLLOW ZOOM ACTIVE | current view: COMBO | %1 | crop applied to display: true | "
+        "crop %2,%3 %4x%5"_s
+            .arg(followTexts::selectedFollowTarget(result.follow, state.followView,
+                                                   state.followTarget))
+            .arg(crop.left())
+            .arg(crop.top())
+            .arg(crop.width())
+            .arg(crop.height());
+    const Painted painted = paint(*window, u"follow_rgb"_s, image.copy(crop), banner, {moved});
+    QCOMPARE(pictureDifference(painted.actual, painted.expected, u"follow_rgb"_s), QString());
+}
+
+void MainWindowStreamsTest::aPassLooksAtTheNewestDataAndTheSwitches() {
+    for (const bool on : {false, true}) {
+        MainWindow window(on, true, false, false, on ? 1234 : 0, on);
+        window.onFramesReady(red, grey, blue);
+        window.onDepthRawReady({2000.0F, 2001.0F, 2002.0F, 2003.0F, 2004.0F, 2005.0F}, 3, 2);
+        const AwarenessInput input = window.awarenessInput();
+        QCOMPARE(input.imageSize, colourSize);
+        QCOMPARE(input.depth.depth_mm.size(), 6);
+        QCOMPARE(input.depth.depth_mm.last(), 2005.0F);
+        QCOMPARE(QSize(input.depth.width, input.depth.height), QSize(3, 2));
+        QCOMPARE(input.voiceStatus.reason, u"Auralis live event JSON not found"_s);
+        QCOMPARE(input.layoutDebug, on);
+        QCOMPARE(input.personLostMs, on ? 1234 : 0);
+        QCOMPARE(input.invertAudioDirection, on);
+    }
+}
+
+void MainWindowStreamsTest::depthStartsAPass() {
+    const auto window = mockWindow();
+    window->onFramesReady(red, QImage(), QImage());
+    window->onFaceOverlaysReady({unknownAt({8, 6, 20, 20})});
+    QVERIFY(!window->awarenessInput().faceOverlays.at(0).hasDistance);
+    window->onDepthRawReady(QList<float>(20 * 10, 1500.0F), 20, 10);
+    QCOMPARE(window->awarenessInput().faceOverlays.at(0).distanceMeters, 1.5);
+}
+
+void MainWindowStreamsTest::whatAPassDroppedStaysDropped() {
+    MainWindow window(false, true, false, false, 5000, false);
+    window.onFramesReady(red, grey, blue);
+    FaceOverlay photograph = unknownAt({8, 6, 20, 20});
+    photograph.depthMissing = true;
+    window.onFaceOverlaysReady({photograph});
+    QVERIFY(window.awarenessInput().faceOverlays.isEmpty());
+    window.onFramesReady(red, grey, blue);
+    QCOMPARE(paintedOtherwise(window, u"rgb"_s, red), QString());
+}
+
+void MainWindowStreamsTest::aPollStartsAPass() {
+    const auto window = mockWindow();
+    window->onFramesReady(red, QImage(), QImage());
+    window->onFaceOverlaysReady({unknownAt({22, 6, 20, 20})});
+    const QString folder = place.home() + u"/.local/state/lumeno"_s;
+    QVERIFY(QDir().mkpath(folder));
+    QFile pid(folder + u"/auralis-live.pid"_s);
+    QVERIFY(pid.open(QIODevice::WriteOnly));
+    pid.write(QByteArray::number(getpid()));
+    pid.close();
+    QFile event(folder + u"/auralis-live-event.json"_s);
+    QVERIFY(event.open(QIODevice::WriteOnly));
+    event.write(R"({"status": "running", "direction_angle_degrees": 0.0, )"
+                R"("direction_confidence": 0.9})");
+    event.close();
+    window->pollAuralisStatus();
+    QVERIFY(!window->awarenessInput().faceOverlays.at(0).speakerNote.isEmpty());
+    QVERIFY(pid.remove() && event.remove());
+}
+
+void MainWindowStreamsTest::recurringLinesAreWrittenOnceASecondInEveryView() {
     const LogCapture log;
     const auto lines = [&log] { return log.linesStartingWith(u"Qt follow display:"_s); };
+    const auto awarenessLines = [&log] {
+        return log.linesStartingWith(u"Qt awareness overlays:"_s).size();
+    };
+    const auto window = mockWindow(); // its first poll runs a pass
     QElapsedTimer sinceFirst;
     sinceFirst.start();
-    for (int frame = 0; frame < 20; ++frame)
+    QCOMPARE(awarenessLines(), 1);
+    for (int frame = 0; frame < 20; ++frame) {
         window->onFramesReady(red, grey, blue);
-    if (sinceFirst.elapsed() < 900)
+        window->updateAwarenessOverlays();
+    }
+    if (sinceFirst.elapsed() < 900) {
         QCOMPARE(lines().size(), 1);
+        QCOMPARE(awarenessLines(), 1);
+    }
     QCOMPARE(lines().first(),
              u"Qt follow display: current_view= \"combo\" crop_applied_to_display= false "
              "follow_zoom= 1 follow_crop= QRect(0,0 0x0) display_image= QSize(64, 48) "
@@ -232,10 +361,12 @@ void MainWindowStreamsTest::followLineIsWrittenOnceASecondInEveryView() {
     window->setView(u"depth"_s);
     const auto secondLine = [&] {
         window->onFramesReady(red, grey, blue);
-        return lines().size() == 2;
+        window->updateAwarenessOverlays();
+        return lines().size() >= 2 && awarenessLines() >= 2;
     };
     QTRY_VERIFY_WITH_TIMEOUT(secondLine(), 3000);
-    QVERIFY2(sinceFirst.elapsed() >= 1000, "at most one line a second");
+    // The lines go by the wall clock in whole milliseconds.
+    QVERIFY2(sinceFirst.elapsed() >= 999, "at most one line a second");
     QVERIFY(lines().last().startsWith(u"Qt follow display: current_view= \"depth\""_s));
 }
 

@@ -44,40 +44,42 @@ void OverlayGeometryTest::overlapIsIntersectionOverUnion() {
     QFETCH(QRect, a);
     QFETCH(QRect, b);
     QFETCH(double, expected);
-    QCOMPARE(rectIou(a, b), expected);
-    QCOMPARE(rectIou(b, a), expected);
+    QCOMPARE(overlayGeometry::rectIou(a, b), expected);
+    QCOMPARE(overlayGeometry::rectIou(b, a), expected);
 }
 
 void OverlayGeometryTest::hostileBoxesDoNotOverflow() {
     const QRect everything(QPoint(least, least), QPoint(most, most));
     const QRect vast(QPoint(least / 2, least / 2), QPoint(most / 2, most / 2));
-    QCOMPARE(rectIou(vast, vast), 1.0);
-    QCOMPARE(boxCenter(QRect(QPoint(most - 2, most - 2), QPoint(most, most))),
+    QCOMPARE(overlayGeometry::rectIou(vast, vast), 1.0);
+    QCOMPARE(overlayGeometry::boxCenter(QRect(QPoint(most - 2, most - 2), QPoint(most, most))),
              QPoint(most - 1, most - 1));
-    QCOMPARE(expectedBodyBox(everything), everything);
-    QCOMPARE(enlargedByHalf(everything), everything);
-    QCOMPARE(estimatedHeadRegion(overlays::face(identity::unknown, vast), image),
+    QCOMPARE(overlayGeometry::expectedBodyBox(everything), everything);
+    QCOMPARE(overlayGeometry::enlargedByHalf(everything), everything);
+    QCOMPARE(overlayGeometry::estimatedHeadRegion(overlays::face(identity::unknown, vast), image),
              QRect(QPoint(0, 0), image));
 }
 
 void OverlayGeometryTest::centresAreWholePixels() {
-    QCOMPARE(boxCenter(QRect(QPoint(10, 20), QPoint(13, 25))), QPoint(11, 22));
-    QCOMPARE(boxCenter(QRect()), QPoint(0, 0));
+    QCOMPARE(overlayGeometry::boxCenter(QRect(QPoint(10, 20), QPoint(13, 25))), QPoint(11, 22));
+    QCOMPARE(overlayGeometry::boxCenter(QRect()), QPoint(0, 0));
 }
 
 void OverlayGeometryTest::theBodyOfAFaceIsBesideAndBelowIt() {
-    QCOMPARE(expectedBodyBox(QRect(100, 200, 30, 40)),
+    QCOMPARE(overlayGeometry::expectedBodyBox(QRect(100, 200, 30, 40)),
              QRect(QPoint(70, 160), QPoint(159, 239 + 120)));
-    QCOMPARE(enlargedByHalf(QRect(100, 200, 31, 41)), QRect(QPoint(85, 180), QPoint(145, 260)));
+    QCOMPARE(overlayGeometry::enlargedByHalf(QRect(100, 200, 31, 41)),
+             QRect(QPoint(85, 180), QPoint(145, 260)));
 }
 
 void OverlayGeometryTest::theHeadOfAFaceIsItsClippedBox() {
     const auto head = [](const QRect& rect) {
-        return estimatedHeadRegion(overlays::face(identity::unknown, rect), image);
+        return overlayGeometry::estimatedHeadRegion(overlays::face(identity::unknown, rect), image);
     };
     QCOMPARE(head(QRect(-20, 1000, 100, 100)), QRect(0, 1000, 80, 80));
     QCOMPARE(head(QRect(2000, 10, 50, 50)), QRect());
-    QCOMPARE(estimatedHeadRegion(overlays::face(identity::unknown, QRect(0, 0, 9, 9)), QSize()),
+    QCOMPARE(overlayGeometry::estimatedHeadRegion(
+                 overlays::face(identity::unknown, QRect(0, 0, 9, 9)), QSize()),
              QRect());
 }
 
@@ -104,7 +106,9 @@ void OverlayGeometryTest::theHeadOfABodyIsItsTop_data() {
 void OverlayGeometryTest::theHeadOfABodyIsItsTop() {
     QFETCH(QRect, body);
     QFETCH(QSize, imageSize);
-    QTEST(estimatedHeadRegion(overlays::body(identity::person, body, 2.0), imageSize), "expected");
+    QTEST(overlayGeometry::estimatedHeadRegion(overlays::body(identity::person, body, 2.0),
+                                               imageSize),
+          "expected");
 }
 
 QTEST_APPLESS_MAIN(OverlayGeometryTest)

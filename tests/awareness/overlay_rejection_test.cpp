@@ -16,6 +16,7 @@ private Q_SLOTS:
     void labelsAreNoTemplates();
     void duplicatesOfTheOwnerGo_data();
     void duplicatesOfTheOwnerGo();
+    void anUnmeasuredOwnerHasNoDuplicateByDistance();
     void withoutTheOwnerNothingIsADuplicate();
     void everyOwnerOverlayIsComparedWith();
 };
@@ -98,8 +99,9 @@ void OverlayRejectionTest::duplicatesOfTheOwnerGo_data() {
     QTest::newRow("281 pixels beside") << beside(-281, 2.0) << true;
     QTest::newRow("0.45 m nearer") << beside(-100, 1.55) << false;
     QTest::newRow("0.46 m nearer") << beside(-100, 1.54) << true;
-    QTest::newRow("at an unknown distance")
-        << overlays::face(identity::unknown, QRect(800, 700, 100, 100)) << true;
+    FaceOverlay unmeasured = beside(-100, 2.0);
+    unmeasured.hasDistance = false; // so that its distance means nothing
+    QTest::newRow("at an unknown distance") << unmeasured << true;
     // Enlarged by half the owner reaches from 850 to 1049 and from 150 to 349.
     const auto touching = [](const QRect& rect) { return overlays::face(identity::person, rect); };
     QTest::newRow("touches the left") << touching(QRect(QPoint(0, 200), QPoint(850, 210))) << false;
@@ -118,6 +120,16 @@ void OverlayRejectionTest::duplicatesOfTheOwnerGo() {
     const QStringList lines = rejectedLines(list, 1000);
     QCOMPARE(list.size(), kept ? 2 : 1);
     QCOMPARE(lines.size(), kept ? 0 : 1);
+}
+
+void OverlayRejectionTest::anUnmeasuredOwnerHasNoDuplicateByDistance() {
+    FaceOverlay owner = overlays::faceAt(identity::owner, QRect(900, 200, 100, 100), 2.0);
+    const FaceOverlay beside = overlays::faceAt(identity::unknown, QRect(800, 700, 100, 100), 2.0);
+    QList<FaceOverlay> list{beside, owner};
+    QCOMPARE(rejectOverlays(list, 1000).size(), 1);
+    owner.hasDistance = false;
+    list = {beside, owner};
+    QVERIFY(rejectOverlays(list, 1000).isEmpty());
 }
 
 void OverlayRejectionTest::withoutTheOwnerNothingIsADuplicate() {

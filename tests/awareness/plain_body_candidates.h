@@ -34,17 +34,23 @@ public:
         }
     }
 
-    QList<BodyCandidate> candidates(const QSize& colorSize) {
-        QList<BodyCandidate> found;
+    /// Every connected group of occupied cells, in the order of the scan. Once only.
+    std::vector<Blob> blobs() {
+        std::vector<Blob> found;
         stack.reserve(occupied.size() / 8);
         for (int cy = 0; cy < gridH; ++cy) {
             for (int cx = 0; cx < gridW; ++cx) {
-                if (occupied[at(cx, cy)] && !visited[at(cx, cy)]) {
-                    Blob blob = grow(cx, cy);
-                    appendCandidate(found, blob, colorSize);
-                }
+                if (occupied[at(cx, cy)] && !visited[at(cx, cy)])
+                    found.push_back(grow(cx, cy));
             }
         }
+        return found;
+    }
+
+    QList<BodyCandidate> candidates(const QSize& colorSize) {
+        QList<BodyCandidate> found;
+        for (Blob& blob : blobs())
+            appendCandidate(found, blob, colorSize);
         std::stable_sort(found.begin(), found.end(),
                          [](const BodyCandidate& a, const BodyCandidate& b) {
                              return a.rect.height() > b.rect.height();

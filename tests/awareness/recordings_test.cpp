@@ -1,5 +1,4 @@
 #include "awareness/body_candidates.h"
-#include "awareness/grid_components.h"
 #include "awareness/plain_body_candidates.h"
 #include "support/shared_pictures.h"
 
@@ -56,18 +55,20 @@ QString gateText(BodyGate gate) {
 
 /// Every blob of the frame that is large enough to be a person, in the order of the scan.
 QStringList largeBlobs(const Recording& recording) {
-    const OccupancyGrid grid(recording.depth_mm.constData(), recording.depth.width(),
-                             recording.depth.height());
+    const QSize grid = recording.depth / 4;
     QStringList blobs;
-    for (const GridComponent& blob : gridComponents(grid).components) {
-        if (blob.cells < 45)
+    plain::Search search(recording.depth_mm, recording.depth.width(), recording.depth.height());
+    for (const plain::Blob& found : search.blobs()) {
+        if (found.cells < 45)
             continue;
+        const CellBlob blob{QRect(QPoint(found.minX, found.minY), QPoint(found.maxX, found.maxY)),
+                            found.cells};
         blobs.append(u"%1 cells, %2x%3 at %4,%5: %6"_s.arg(blob.cells)
-                         .arg(blob.maxX - blob.minX + 1)
-                         .arg(blob.maxY - blob.minY + 1)
-                         .arg(blob.minX)
-                         .arg(blob.minY)
-                         .arg(gateText(failedBodyGate(blob, grid.width(), grid.height()))));
+                         .arg(blob.cellBox.width())
+                         .arg(blob.cellBox.height())
+                         .arg(blob.cellBox.left())
+                         .arg(blob.cellBox.top())
+                         .arg(gateText(failedBodyGate(blob, grid))));
     }
     return blobs;
 }
@@ -106,7 +107,7 @@ void RecordingsTest::whatIsFoundInRealFrames() {
     const Recording recording = load(depth, color);
     QCOMPARE(recording.depth, QSize(512, 424));
     const QList<BodyCandidate> found =
-        detectDepthBodyCandidates(recording.depth_mm, 512, 424, recording.color);
+        detectDepthBodyCandidates({recording.depth_mm, 512, 424}, recording.color);
     QTEST(boxes(found), "candidates");
     QTEST(largeBlobs(recording), "blobs");
     QCOMPARE(boxes(found),

@@ -62,8 +62,8 @@ class Story {
 public:
     Story() : source(virtual_kinect::makeRoomSource()) {
         input.imageSize = QSize(colorWidth, colorHeight);
-        input.depthWidth = depthWidth;
-        input.depthHeight = depthHeight;
+        input.depth.width = depthWidth;
+        input.depth.height = depthHeight;
         input.personLostMs = lostMs;
     }
 
@@ -73,7 +73,7 @@ public:
         for (int number = 0; number < frameCount; number += frameStep) {
             source->render(std::uint64_t(number), frames);
             now = start + number * 1000 / framesPerSecond;
-            input.lastDepthMm = QList<float>(frames.depth.begin(), frames.depth.end());
+            input.depth.depth_mm = QList<float>(frames.depth.begin(), frames.depth.end());
             pass();
             if (number % framesPerFacePass == 0) {
                 lookForFaces();

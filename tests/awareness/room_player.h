@@ -33,9 +33,7 @@ public:
         DepthScene scene(512, 424, 4500.0F);
         for (const Actor& actor : actors)
             paint(scene, actor);
-        input.lastDepthMm = scene.mm;
-        input.depthWidth = scene.width;
-        input.depthHeight = scene.height;
+        input.depth = scene.frame();
         pass();
         if (frame % 6 == 0) {
             input.faceOverlays = faceResult(actors);

@@ -77,8 +77,8 @@ public:
         const QImage colour = colourAt(seconds);
         const QList<float> depth(frames.depth.begin(), frames.depth.end());
         QList<QRect> regions;
-        for (const auto& body :
-             detectDepthBodyCandidates(depth, frames.depthWidth, frames.depthHeight, colour.size()))
+        for (const auto& body : detectDepthBodyCandidates(
+                 {depth, frames.depthWidth, frames.depthHeight}, colour.size()))
             regions.append(body.rect);
         cv::Mat grey = greyFrame(colour);
         const FacePass pass = findFaces(grey, tools, options, regions);

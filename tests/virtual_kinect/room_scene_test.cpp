@@ -22,8 +22,8 @@ double middleOf(const Span& span) {
 }
 
 QList<BodyCandidate> bodiesIn(const FrameSet& set) {
-    return detectDepthBodyCandidates(QList<float>(set.depth.begin(), set.depth.end()),
-                                     set.depthWidth, set.depthHeight,
+    const QList<float> depth_mm(set.depth.begin(), set.depth.end());
+    return detectDepthBodyCandidates({depth_mm, set.depthWidth, set.depthHeight},
                                      QSize(set.colorWidth, set.colorHeight));
 }
 

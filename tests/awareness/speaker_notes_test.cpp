@@ -1,5 +1,5 @@
 #include "awareness/overlays.h"
-#include "awareness/voice_zones.h"
+#include "awareness/speaker_notes.h"
 
 #include <QTest>
 
@@ -7,19 +7,19 @@
 
 using namespace Qt::StringLiterals;
 
-class VoiceZonesTest : public QObject {
+class SpeakerNotesTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void anglesFallIntoSixZones_data();
-    void anglesFallIntoSixZones();
-    void boxesFallIntoSixZonesByTheirCentre();
     void oneCandidateIsThePossibleSpeaker();
     void neighbouringZonesCount();
     void severalCandidatesAreAmbiguous();
     void withoutACandidateTheVoiceIsUnmatched();
     void aLowConfidenceReadingIsUncertainForAll();
     void onlyTheVoiceIsMirrored();
+    void theMiddleOfTheBoxCounts_data();
+    void theMiddleOfTheBoxCounts();
+    void anAngleThatIsNoNumberTagsNobody();
     void anOldReadingTagsNobody_data();
     void anOldReadingTagsNobody();
 };
@@ -54,80 +54,79 @@ QStringList notes(QList<FaceOverlay> list, const VoiceDirectionStatus& voice,
 
 } // namespace
 
-void VoiceZonesTest::anglesFallIntoSixZones_data() {
-    QTest::addColumn<double>("degrees");
-    QTest::addColumn<int>("zone");
-    QTest::newRow("-60") << -60.0 << 0;
-    QTest::newRow("far left") << -500.0 << 0;
-    QTest::newRow("-40.01") << -40.01 << 0;
-    QTest::newRow("-40") << -40.0 << 1;
-    QTest::newRow("0") << 0.0 << 3;
-    QTest::newRow("-0.01") << -0.01 << 2;
-    QTest::newRow("59") << 59.0 << 5;
-    QTest::newRow("60") << 60.0 << 5;
-    QTest::newRow("far right") << 1e308 << 5;
-    QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << 5;
-    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << 0;
-}
-
-void VoiceZonesTest::anglesFallIntoSixZones() {
-    QFETCH(double, degrees);
-    QFETCH(int, zone);
-    QCOMPARE(voiceZone(degrees, false), zone);
-    QCOMPARE(voiceZone(degrees, true), 5 - zone);
-}
-
-void VoiceZonesTest::boxesFallIntoSixZonesByTheirCentre() {
-    QCOMPARE(overlayZone(QRect(QPoint(0, 0), QPoint(199, 9)), width), 0);
-    QCOMPARE(overlayZone(QRect(QPoint(0, 0), QPoint(200, 9)), width), 1);
-    QCOMPARE(overlayZone(QRect(590, 0, 10, 10), width), 5);
-    QCOMPARE(overlayZone(QRect(5000, 0, 10, 10), width), 5);
-    QCOMPARE(overlayZone(QRect(-5000, 0, 10, 10), width), 0);
-    QCOMPARE(overlayZone(QRect(5, 0, 10, 10), 0), 5);
-}
-
-void VoiceZonesTest::oneCandidateIsThePossibleSpeaker() {
+void SpeakerNotesTest::oneCandidateIsThePossibleSpeaker() {
     QCOMPARE(notes(peopleAt({50, 350}), voiceFrom(0)), QStringList({u""_s, u"possible speaker"_s}));
 }
 
-void VoiceZonesTest::neighbouringZonesCount() {
+void SpeakerNotesTest::neighbouringZonesCount() {
     QCOMPARE(notes(peopleAt({250}), voiceFrom(0)), QStringList(u"possible speaker"_s));
     QCOMPARE(notes(peopleAt({450}), voiceFrom(0)), QStringList(u"possible speaker"_s));
     QCOMPARE(notes(peopleAt({150}), voiceFrom(0)), QStringList(u"voice unmatched"_s));
     QCOMPARE(notes(peopleAt({550}), voiceFrom(0)), QStringList(u"voice unmatched"_s));
 }
 
-void VoiceZonesTest::severalCandidatesAreAmbiguous() {
+void SpeakerNotesTest::severalCandidatesAreAmbiguous() {
     QCOMPARE(notes(peopleAt({250, 50, 350}), voiceFrom(0)),
              QStringList({u"speaker ambiguous"_s, u""_s, u"speaker ambiguous"_s}));
 }
 
-void VoiceZonesTest::withoutACandidateTheVoiceIsUnmatched() {
+void SpeakerNotesTest::withoutACandidateTheVoiceIsUnmatched() {
     QCOMPARE(notes(peopleAt({50, 150}), voiceFrom(50)),
              QStringList({u"voice unmatched"_s, u"voice unmatched"_s}));
     QVERIFY(notes({}, voiceFrom(0)).isEmpty());
 }
 
-void VoiceZonesTest::aLowConfidenceReadingIsUncertainForAll() {
+void SpeakerNotesTest::aLowConfidenceReadingIsUncertainForAll() {
     VoiceDirectionStatus voice = voiceFrom(0);
     voice.lowConfidence = true;
     QCOMPARE(notes(peopleAt({50, 350}), voice),
              QStringList({u"speaker uncertain"_s, u"speaker uncertain"_s}));
 }
 
-void VoiceZonesTest::onlyTheVoiceIsMirrored() {
+void SpeakerNotesTest::onlyTheVoiceIsMirrored() {
     QCOMPARE(notes(peopleAt({50, 550}), voiceFrom(-60), true),
              QStringList({u""_s, u"possible speaker"_s}));
 }
 
-void VoiceZonesTest::anOldReadingTagsNobody_data() {
+void SpeakerNotesTest::theMiddleOfTheBoxCounts_data() {
+    QTest::addColumn<QRect>("rect");
+    QTest::addColumn<int>("imageWidth");
+    QTest::addColumn<int>("zone");
+    QTest::newRow("99") << QRect(QPoint(0, 0), QPoint(199, 9)) << width << 0;
+    QTest::newRow("100") << QRect(QPoint(0, 0), QPoint(200, 9)) << width << 1;
+    QTest::newRow("the right edge") << QRect(590, 0, 10, 10) << width << 5;
+    QTest::newRow("right of the image") << QRect(5000, 0, 10, 10) << width << 5;
+    QTest::newRow("left of the image") << QRect(-5000, 0, 10, 10) << width << 0;
+    QTest::newRow("an image without width") << QRect(5, 0, 10, 10) << 0 << 5;
+}
+
+void SpeakerNotesTest::theMiddleOfTheBoxCounts() {
+    QFETCH(QRect, rect);
+    QFETCH(int, imageWidth);
+    QFETCH(int, zone);
+    for (int voiceZone = 0; voiceZone < 6; ++voiceZone) {
+        QList<FaceOverlay> list{overlays::face(identity::unknown, rect)};
+        tagSpeakers(list, voiceFrom(-50.0 + 20.0 * voiceZone), false, imageWidth);
+        QCOMPARE(list[0].speakerNote,
+                 qAbs(voiceZone - zone) <= 1 ? u"possible speaker"_s : u"voice unmatched"_s);
+    }
+}
+
+void SpeakerNotesTest::anAngleThatIsNoNumberTagsNobody() {
+    const double notANumber = std::numeric_limits<double>::quiet_NaN();
+    for (const bool inverted : {false, true})
+        QCOMPARE(notes(peopleAt({50, 350}), voiceFrom(notANumber), inverted),
+                 QStringList({u""_s, u""_s}));
+}
+
+void SpeakerNotesTest::anOldReadingTagsNobody_data() {
     QTest::addColumn<bool>("hasDirection");
     QTest::addColumn<bool>("fresh");
     QTest::newRow("no direction") << false << true;
     QTest::newRow("not fresh") << true << false;
 }
 
-void VoiceZonesTest::anOldReadingTagsNobody() {
+void SpeakerNotesTest::anOldReadingTagsNobody() {
     VoiceDirectionStatus voice = voiceFrom(0);
     QFETCH(bool, hasDirection);
     QFETCH(bool, fresh);
@@ -136,5 +135,5 @@ void VoiceZonesTest::anOldReadingTagsNobody() {
     QCOMPARE(notes(peopleAt({350}), voice), QStringList(u""_s));
 }
 
-QTEST_APPLESS_MAIN(VoiceZonesTest)
-#include "voice_zones_test.moc"
+QTEST_APPLESS_MAIN(SpeakerNotesTest)
+#include "speaker_notes_test.moc"
