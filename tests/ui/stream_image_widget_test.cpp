@@ -3,12 +3,14 @@
 #include "support/log_capture.h"
 #include "support/picture_compare.h"
 #include "ui/plain_stream_painter.h"
+#include "ui/stream_geometry.h"
 #include "ui/stream_scenes.h"
 #include "ui/style_sheet.h"
 
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTest>
+#include <functional>
 #include <limits>
 #include <vector>
 
@@ -69,6 +71,12 @@ private Q_SLOTS:
     void formatsOtherThanTheSensorsAreShown();
     void aFrameIsSharedByTiles();
     void severalSettersCostOnePainting();
+    void eachSetterAloneGivesOnePainting_data();
+    void eachSetterAloneGivesOnePainting();
+    void anOverlayWithNoFieldSetIsSolidAndBlack();
+    void anUncertainLightHasItsOwnOutline();
+    void aBannerIsHighlightedWhereverTheWordsStand();
+    void aPlaceholderWithALineBreakIsOneLine();
     void aHiddenTileDoesNoWork();
     void nothingBelowATileIsPaintedWithIt();
     void aTextWithLineBreaksIsOneLine();
@@ -409,6 +417,86 @@ void StreamImageWidgetTest::severalSettersCostOnePainting() {
     QTRY_COMPARE(counter.count, 1);
     QCoreApplication::processEvents();
     QCOMPARE(counter.count, 1);
+}
+
+void StreamImageWidgetTest::eachSetterAloneGivesOnePainting_data() {
+    QTest::addColumn<std::function<void(StreamImageWidget&)>>("set");
+    using Set = std::function<void(StreamImageWidget&)>;
+    QTest::newRow("image") << Set([](auto& tile) { tile.setImage(testImage(QSize(64, 48))); });
+    QTest::newRow("placeholder") << Set([](auto& tile) { tile.setPlaceholder(u"other"_s); });
+    QTest::newRow("overlays") << Set([](auto& tile) { tile.setOverlays(overlaysOfEveryKind()); });
+    QTest::newRow("voice") << Set([](auto& tile) { tile.setVoiceStatus(direction(5.0)); });
+    QTest::newRow("crop") << Set([](auto& tile) { tile.setSourceCrop(QRect(), u"crop"_s); });
+}
+
+void StreamImageWidgetTest::eachSetterAloneGivesOnePainting() {
+    QFETCH(std::function<void(StreamImageWidget&)>, set);
+    const auto widget = widgetOf(sceneWithImage(), QSize(320, 240));
+    widget->show();
+    QVERIFY(QTest::qWaitForWindowExposed(widget.get()));
+    QCoreApplication::processEvents();
+    const PaintCounter counter(widget.get());
+    set(*widget);
+    QTRY_COMPARE(counter.count, 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(counter.count, 1);
+}
+
+void StreamImageWidgetTest::anOverlayWithNoFieldSetIsSolidAndBlack() {
+    StreamScene scene;
+    scene.image = QImage(QSize(400, 300), QImage::Format_RGB32);
+    scene.image.fill(Qt::white);
+    FaceOverlay overlay;
+    overlay.rect = QRect(100, 100, 120, 80);
+    scene.overlays = {overlay};
+    const QImage painted = paint(scene, QSize(412, 312)); // the picture at its own size, from 6,6
+    // Solid, that is without a gap, and three pixels wide: the edge's own and one on each side.
+    for (int x = 120; x < 210; ++x) {
+        for (int y = 185; y <= 187; ++y)
+            QCOMPARE(painted.pixelColor(x, y), QColor(Qt::black));
+        QCOMPARE(painted.pixelColor(x, 183), QColor(Qt::white));
+        QCOMPARE(painted.pixelColor(x, 189), QColor(Qt::white));
+    }
+    // Its caption is the tier alone, behind the name that it does not have.
+    FaceOverlay named = overlay;
+    named.label = u" • near"_s;
+    named.tier.clear();
+    scene.overlays = {named};
+    QCOMPARE(paint(scene, QSize(412, 312)), painted);
+}
+
+void StreamImageWidgetTest::anUncertainLightHasItsOwnOutline() {
+    StreamScene scene = sceneWithImage();
+    scene.showVoice = true;
+    const QSize size(640, 360);
+    const QRect light = streamGeometry::speakerLight(3, size);
+    const auto outlineOf = [&](const VoiceDirectionStatus& voice) {
+        scene.voice = voice;
+        return paint(scene, size).pixelColor(light.center().x(), light.top());
+    };
+    QCOMPARE(outlineOf(direction(5.0, false, true)), QColor(150, 158, 170));
+    QCOMPARE(outlineOf(direction(5.0, false, false)), QColor(205, 255, 220));
+    QCOMPARE(outlineOf(direction(-60.0)), QColor(78, 91, 108));
+}
+
+void StreamImageWidgetTest::aBannerIsHighlightedWhereverTheWordsStand() {
+    const auto outlineOf = [](const QString& label) {
+        StreamScene scene = sceneWithImage();
+        scene.label = label;
+        return paint(scene, QSize(640, 360)).pixelColor(300, 8);
+    };
+    const QColor highlighted(91, 232, 134);
+    QCOMPARE(outlineOf(u"VISIBLE FOLLOW ZOOM ACTIVE | x"_s), highlighted);
+    QCOMPARE(outlineOf(u"x | VISIBLE FOLLOW ZOOM ACTIVE"_s), highlighted);
+    QVERIFY(outlineOf(u"x | visible follow zoom active"_s) != highlighted);
+}
+
+void StreamImageWidgetTest::aPlaceholderWithALineBreakIsOneLine() {
+    StreamScene broken;
+    broken.placeholder = u"Kinect unavailable:\n\nno device"_s;
+    StreamScene whole;
+    whole.placeholder = u"Kinect unavailable: no device"_s;
+    QCOMPARE(paint(broken, QSize(640, 360)), paint(whole, QSize(640, 360)));
 }
 
 void StreamImageWidgetTest::aHiddenTileDoesNoWork() {

@@ -5,9 +5,12 @@
 #include "ui/side_panels.h"
 #include "voice/speaker_hud.h"
 
+#include <QApplication>
+#include <QFontInfo>
 #include <QFrame>
 #include <QImage>
 #include <QLabel>
+#include <QMap>
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
@@ -47,6 +50,9 @@ class StyleSheetTest : public QObject {
 private Q_SLOTS:
     void isParsedWithoutAWarning();
     void aBrokenSheetWouldWarn();
+    void everyRuleHasItsValues_data();
+    void everyRuleHasItsValues();
+    void theDesktopsFontIsSeenNowhere();
     void pillColoursFollowTheState_data();
     void pillColoursFollowTheState();
     void lightsAreGreyGreenOrBlue_data();
@@ -72,6 +78,97 @@ void StyleSheetTest::aBrokenSheetWouldWarn() {
     widget.setStyleSheet(applicationStyleSheet() + u"QLabel { color: #12"_s);
     widget.ensurePolished();
     QVERIFY(!log.warnings().isEmpty());
+}
+
+void StyleSheetTest::everyRuleHasItsValues_data() {
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QString>("declarations");
+    int index = 0;
+    const auto rule = [&index](const char* selector, const QString& declarations) {
+        QTest::newRow(selector) << index++ << declarations;
+    };
+    rule("QMainWindow, QWidget#root",
+         u"background: #0d1118; color: #e8eef7; font-family: \"Inter\", \"Segoe UI\", \"Ubuntu\", "
+         "sans-serif; font-size: 12px"_s);
+    rule("QLabel#appTitle", u"font-size: 22px; font-weight: 700; color: #f3f7fc"_s);
+    rule("QLabel#appSubtitle, QLabel#muted, QLabel#sceneHint", u"color: #8fa1b7"_s);
+    rule("QPushButton#viewButton",
+         u"background: #171e2a; border: 1px solid #2b3748; border-radius: 6px; color: #d9e3f0; "
+         "font-weight: 600; padding: 7px 8px; min-width: 58px"_s);
+    rule("QPushButton#viewButton:hover", u"border-color: #4b9eea; background: #1d2837"_s);
+    rule("QPushButton#viewButton:checked",
+         u"background: #123a4b; border-color: #35c4ee; color: #ffffff"_s);
+    rule("QFrame#viewFrame, QFrame#panel",
+         u"background: #121821; border: 1px solid #2a3443; border-radius: 8px"_s);
+    rule("QFrame#mockViewport",
+         u"background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #162130, stop:1 #0a0f16); "
+         "border: 1px solid #344254; border-radius: 8px"_s);
+    rule("QLabel#currentView", u"font-size: 18px; font-weight: 800; color: #f4f8ff"_s);
+    rule("QLabel#panelTitle", u"font-size: 14px; font-weight: 800; color: #f0f5fb"_s);
+    rule("QLabel#keyLabel", u"color: #8fa1b7; font-weight: 600"_s);
+    rule("QLabel#valueLabel", u"color: #edf4ff; font-weight: 600"_s);
+    rule("QLabel#personName", u"color: #f4f8ff; font-weight: 800; background: rgba(10, 14, 20, "
+                              "180); border-radius: 4px; padding: 4px 8px"_s);
+    rule("QFrame#personSilhouette",
+         u"background: #1f6f43; border: 2px solid #62e38b; border-radius: 42px"_s);
+    rule("QFrame#personSilhouette[unknown=\"true\"]",
+         u"background: #243d78; border-color: #7fa8ff"_s);
+    rule("QFrame#speakerLight",
+         u"background: #2b3442; border: 1px solid #556170; border-radius: 5px; min-width: 20px; "
+         "max-width: 28px; min-height: 10px; max-height: 10px"_s);
+    rule("QFrame#speakerLight[active=\"true\"]", u"background: #62e38b; border-color: #d8ffe3"_s);
+    rule("QFrame#speakerLight[unknown=\"true\"]", u"background: #5aa7ff; border-color: #c8dcff"_s);
+    rule("QWidget#streamImage", u"background: #070b10; border: 1px solid #344254; border-radius: "
+                                "6px; color: #9fb0c4; font-weight: 700"_s);
+    rule("QLabel#speakerStatus", u"color: #b8c7d8; font-size: 12px"_s);
+    rule("QLabel#statusPill", u"border-radius: 5px; padding: 3px 8px; color: #f4f8ff; background: "
+                              "#253145; border: 1px solid #3a4658"_s);
+    rule("QLabel#statusPill[state=\"pending\"]", u"color: #d8e5f3; background: #253145"_s);
+    rule("QLabel#statusPill[state=\"safe\"]", u"background: #193525; border-color: #356b48"_s);
+    rule("QLabel#statusPill[state=\"warn\"]", u"background: #3b2f16; border-color: #81652c"_s);
+    rule("QFrame#divider", u"color: #293343; background: #293343; max-height: 1px"_s);
+    rule("QWidget[layoutDebug=\"true\"], QFrame[layoutDebug=\"true\"], "
+         "QLabel[layoutDebug=\"true\"]",
+         u"border: 1px dashed #ffcc66"_s);
+    QCOMPARE(applicationStyleSheet().count(u'{'), index);
+}
+
+void StyleSheetTest::everyRuleHasItsValues() {
+    QFETCH(int, index);
+    const QStringList rule = applicationStyleSheet().split(u'}').at(index).split(u'{');
+    QCOMPARE(rule.at(0).simplified(), QString::fromLatin1(QTest::currentDataTag()));
+    QString declarations = rule.at(1).simplified();
+    if (declarations.endsWith(u';'))
+        declarations.chop(1);
+    QTEST(declarations, "declarations");
+}
+
+void StyleSheetTest::theDesktopsFontIsSeenNowhere() {
+    const QFont before = QApplication::font();
+    QFont large = before;
+    large.setPointSize(13);
+    QApplication::setFont(large);
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->addWidget(buildPanel(u"T"_s, {{u"k"_s, u"v"_s}}));
+    layout->addWidget(makeLabel(u"title"_s, u"appTitle"_s));
+    layout->addWidget(makeLabel(u"hint"_s, u"sceneHint"_s));
+    auto* button = new QPushButton(u"RGB"_s);
+    button->setObjectName(u"viewButton"_s);
+    layout->addWidget(button);
+    const auto holder = styled(content);
+    QMap<QString, int> sizes;
+    for (const QWidget* widget : content->findChildren<QWidget*>())
+        sizes.insert(widget->objectName(), widget->fontInfo().pixelSize());
+    QApplication::setFont(before);
+    QCOMPARE(sizes.value(u"keyLabel"_s), 12);
+    QCOMPARE(sizes.value(u"valueLabel"_s), 12);
+    QCOMPARE(sizes.value(u"sceneHint"_s), 12);
+    QCOMPARE(sizes.value(u"viewButton"_s), 12);
+    QCOMPARE(sizes.value(u"panelTitle"_s), 14);
+    QCOMPARE(sizes.value(u"appTitle"_s), 22);
+    QCOMPARE(holder->font().families(),
+             (QStringList{u"Inter"_s, u"Segoe UI"_s, u"Ubuntu"_s, u"sans-serif"_s}));
 }
 
 void StyleSheetTest::pillColoursFollowTheState_data() {

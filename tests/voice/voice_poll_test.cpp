@@ -23,6 +23,7 @@ private Q_SLOTS:
     void theFirstReadingIsThereBeforeTheWindowIsShown();
     void aReadingAppearsWithinASecondOrTwo();
     void everyPollWritesOneLine();
+    void everyPollEndsWithAnAwarenessPass();
     void inversionShowsInTextAndLogLine();
     void textsOfTheServiceAreNoMarkUp();
     void aRunawayTextLeavesTheViewsTheirPlace();
@@ -102,6 +103,27 @@ void VoicePollTest::everyPollWritesOneLine() {
         u"Qt Auralis direction: running fresh angle 31.6 confidence 0.5 low false "
         "source \"%1\" mapping normal reason \"live Auralis event JSON\""_s.arg(source);
     QCOMPARE(log.linesStartingWith(prefix), QStringList({line, line}));
+}
+
+void VoicePollTest::everyPollEndsWithAnAwarenessPass() {
+    const LogCapture log;
+    const auto window = makeWindow();
+    StreamImageWidget* tile = window->streamLabel(u"rgb"_s);
+    tile->resize(700, 500);
+    QImage image(640, 480, QImage::Format_RGB888);
+    image.fill(Qt::gray);
+    window->onFramesReady(image, {}, {});
+    FaceOverlay somebody;
+    somebody.rect = QRect(440, 60, 60, 60); // where the event below hears a voice
+    somebody.color = Qt::green;
+    somebody.label = u"Unknown"_s;
+    window->onFaceOverlaysReady({somebody});
+    // Far from the lights and the voice text at the foot.
+    const auto upperHalf = [tile] { return tile->grab(QRect(0, 0, 700, 250)).toImage(); };
+    const QImage before = upperHalf();
+    writeFiles(R"("status": "running")");
+    window->pollAuralisStatus();
+    QVERIFY2(upperHalf() != before, "the caption says who may be speaking");
 }
 
 void VoicePollTest::inversionShowsInTextAndLogLine() {
