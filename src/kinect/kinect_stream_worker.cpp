@@ -20,7 +20,12 @@ namespace {
 
 constexpr std::chrono::milliseconds frameWait{1000};
 constexpr int longestEndMs = 3000;
-constexpr qint64 dropLineEveryMs = 1000;
+
+/// Milliseconds of a clock that nobody sets.
+qint64 monotonicMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
 
 FrameView viewOf(const libfreenect2::FrameMap& frames, Frame::Type type) {
     const auto found = frames.find(type);
@@ -132,8 +137,16 @@ void KinectStreamWorker::streamFrom(SensorSession& sensor) {
             continue;
         }
         const auto release = qScopeGuard([&sensor] { sensor.release(); });
-        if (receiversKeepUp(converter))
-            handOver(convert(sensor, converter));
+        if (!room.tryAcquire()) {
+            countDrop();
+            continue;
+        }
+        if (dropped > 0 && dropLine.allows(monotonicMs()))
+            reportDrops();
+        handOver(convert(sensor, converter));
+        // Queued behind the set's own events: when it is called, the receivers have had them.
+        QMetaObject::invokeMethod(
+            this, [this] { room.release(); }, Qt::QueuedConnection);
     }
     reportDrops();
 }
@@ -163,8 +176,6 @@ void KinectStreamWorker::handOver(const FrameSet& set) {
     if (!set.raw.depth_mm.isEmpty())
         Q_EMIT depthRawReady(set.raw.depth_mm, set.raw.width, set.raw.height);
     ++frameCount;
-    ++emitted;
-    markDelivery();
 }
 
 bool KinectStreamWorker::isStopRequested() {
@@ -172,40 +183,13 @@ bool KinectStreamWorker::isStopRequested() {
     return stopRequested;
 }
 
-/// Whether the next frame set may be handed over. It may not when neither of two signs shows that
-/// the earlier ones were taken: the receivers' thread has turned its events, and their images are
-/// gone. The second one alone would starve a receiver that keeps images, the first one alone a
-/// receiver that takes them on this thread and never turns any events.
-bool KinectStreamWorker::receiversKeepUp(const FrameConverter& converter) {
-    const bool keepUp =
-        emitted - delivered < mostUndelivered || converter.imagesInUse() < mostUndelivered;
-    if (keepUp) {
-        if (dropped > 0 && sinceDropLine.hasExpired(dropLineEveryMs))
-            reportDrops();
-        return true;
-    }
-    if (dropped++ == 0 && !sinceDropLine.isValid())
-        sinceDropLine.start();
-    markDelivery(); // none may be under way, and the count stands still without
-    return false;
-}
-
-/// Queues a call behind all frame sets so far; when it arrives they have been delivered. There is
-/// never more than one, so that they do not pile up either.
-void KinectStreamWorker::markDelivery() {
-    if (markerUnderWay.exchange(true))
-        return;
-    const auto arrive = [this, upTo = emitted] {
-        delivered = upTo;
-        markerUnderWay = false;
-    };
-    QMetaObject::invokeMethod(this, arrive, Qt::QueuedConnection);
+void KinectStreamWorker::countDrop() {
+    ++dropped;
+    dropLine.startAt(monotonicMs());
 }
 
 void KinectStreamWorker::reportDrops() {
-    if (dropped == 0)
-        return;
-    qInfo() << "Qt Kinect streams: receivers stalled, frame sets dropped" << dropped;
+    if (dropped > 0)
+        qInfo() << "Qt Kinect streams: receivers stalled, frame sets dropped" << dropped;
     dropped = 0;
-    sinceDropLine.start();
 }

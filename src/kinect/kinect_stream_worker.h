@@ -1,13 +1,14 @@
 #pragma once
 
-#include <QElapsedTimer>
+#include "app/rate_limit.h"
+
 #include <QImage>
 #include <QList>
 #include <QMutex>
+#include <QSemaphore>
 #include <QString>
 #include <QThread>
 
-#include <atomic>
 #include <new>
 
 class FrameConverter;
@@ -28,14 +29,14 @@ class SensorSession;
 ///   because the sensor's library hangs, is let go: it has no parent and no receivers any more and
 ///   deletes itself if its run ever ends. An object that was not made with new has no such way out,
 ///   and its destructor waits for the end.
-/// - The object lives on the thread of its receivers. While that thread turns no events, at most
-///   `mostUndelivered` frame sets wait for it; newer ones are dropped, counted and logged.
+/// - The object lives on the thread of its receivers. While that thread handles no events, at most
+///   `maxUndelivered` frame sets wait for it; newer ones are dropped, counted and logged.
 class KinectStreamWorker : public QThread {
     Q_OBJECT
 
 public:
     /// About one second of frame sets, 8 MB each.
-    static constexpr int mostUndelivered = 30;
+    static constexpr int maxUndelivered = 30;
 
     explicit KinectStreamWorker(QObject* parent = nullptr);
     ~KinectStreamWorker() override;
@@ -67,22 +68,19 @@ private:
     static FrameSet convert(const SensorSession& sensor, FrameConverter& converter);
     void handOver(const FrameSet& set);
     bool isStopRequested();
-    bool receiversKeepUp(const FrameConverter& converter);
-    void markDelivery();
+    void countDrop();
     void reportDrops();
 
     // Under the mutex.
     QMutex stopMutex;
     bool stopRequested = false;
 
-    // Written by the receivers' thread, read by the run.
-    std::atomic<qint64> delivered = 0;        ///< As `emitted` was when the last marker was posted.
-    std::atomic<bool> markerUnderWay = false; ///< Also written by the run.
+    // Taken from by the run, given back to by the receivers' thread.
+    QSemaphore room{maxUndelivered}; ///< How many more frame sets may wait for the receivers.
 
     // The run's own.
     bool firstFramesLogged = false;
     qint32 frameCount = 0;
-    qint64 emitted = 0; ///< Frame sets over all runs.
     qint64 dropped = 0; ///< Since the last line about it.
-    QElapsedTimer sinceDropLine;
+    RateLimit dropLine; ///< At most one a second, and none in the first second of a stall.
 };
