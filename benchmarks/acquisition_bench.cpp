@@ -2,6 +2,7 @@
 #include "kinect/kinect_stream_worker.h"
 
 #include "app/record_types.h"
+#include "frames/stream_frame.h"
 #include "ratio_table.h"
 #include "sensor_frames.h"
 
@@ -9,14 +10,15 @@
 
 #include <QCoreApplication>
 
+#include <array>
 #include <cstring>
 #include <memory>
 
 namespace {
 
 /// What the acquisition thread does with a frame set, and a receiver that gets it from a queue and,
-/// like the window, keeps the list and lets go of the images. All in one thread, so that the
-/// receiver's share is counted too.
+/// like the window, keeps the list and the pictures until the next ones come. All in one thread, so
+/// that the receiver's share is counted too.
 class Acquisition {
 public:
     Acquisition() {
@@ -25,6 +27,7 @@ public:
             &worker, &KinectStreamWorker::framesReady, &receiver,
             [this](const QImage& rgb, const QImage& ir, const QImage& depth) {
                 imageBytes = rgb.sizeInBytes() + ir.sizeInBytes() + depth.sizeInBytes();
+                newest = {StreamFrame(rgb), StreamFrame(ir), StreamFrame(depth)};
             },
             Qt::QueuedConnection);
         QObject::connect(
@@ -34,10 +37,10 @@ public:
 
     void once() {
         const FrameView depth = frames.depthView();
-        const QImage rgb = converter.color(frames.colorView());
-        const QImage ir = converter.infrared(frames.infraredView());
-        const QImage depthImage = converter.depth(depth);
-        Q_EMIT worker.framesReady(rgb, ir, depthImage);
+        const auto rgb = StreamFrame::fromWritten(converter.color(frames.colorView()));
+        const auto ir = StreamFrame::fromWritten(converter.infrared(frames.infraredView()));
+        const auto depthImage = StreamFrame::fromWritten(converter.depth(depth));
+        Q_EMIT worker.framesReady(rgb.image(), ir.image(), depthImage.image());
         Q_EMIT worker.depthRawReady(converter.rawDepth(depth), static_cast<int>(depth.width),
                                     static_cast<int>(depth.height));
         QCoreApplication::sendPostedEvents(&receiver);
@@ -59,6 +62,7 @@ private:
     KinectStreamWorker worker;
     QObject receiver;
     qsizetype imageBytes = 0;
+    std::array<StreamFrame, 3> newest;
     QList<float> heldDepth;
 };
 

@@ -1,8 +1,8 @@
 #include "ui/main_window.h"
-#include "ui/stream_frame.h"
 #include "ui/stream_image_widget.h"
 
 #include "frames/sensor_facts.h"
+#include "frames/stream_frame.h"
 #include "ratio_table.h"
 
 #include <QCoreApplication>
@@ -200,9 +200,19 @@ struct Window {
         QCoreApplication::processEvents();
     }
 
-    QImage color = noisyImage(colorSize, 1);
-    QImage infrared = noisyImage(depthSize, 2);
-    QImage depth = noisyImage(depthSize, 3);
+    /// As the acquisition worker hands them over: two sets in turn, so that each is a new one.
+    struct Set {
+        QImage color = StreamFrame(noisyImage(colorSize, 1)).image();
+        QImage infrared = StreamFrame(noisyImage(depthSize, 2)).image();
+        QImage depth = StreamFrame(noisyImage(depthSize, 3)).image();
+    };
+    void showNextSet() {
+        const Set& set = sets[++turn % sets.size()];
+        window.onFramesReady(set.color, set.infrared, set.depth);
+    }
+
+    std::array<Set, 2> sets;
+    std::size_t turn = 0;
     QImage copy = noisyImage(colorSize, 4);
     MainWindow window{false, true, false, false, 5000, false};
 };
@@ -210,17 +220,17 @@ struct Window {
 const RatioTable::Claim handOver({
     .what = "one frame set handed to eight tiles",
     .against = "memcpy of the colour image",
-    .atMost = 1.5,
+    .atMost = 0.1,
     .prepare =
         [] {
             const auto all = std::make_shared<Window>();
-            return Contest{
-                [=] { all->window.onFramesReady(all->color, all->infrared, all->depth); },
-                [=] {
-                    std::memcpy(all->copy.bits(), all->color.constBits(),
-                                static_cast<std::size_t>(all->color.sizeInBytes()));
-                    benchmark::ClobberMemory();
-                }};
+            return Contest{[=] { all->showNextSet(); },
+                           [=] {
+                               const QImage& color = all->sets[0].color;
+                               std::memcpy(all->copy.bits(), color.constBits(),
+                                           static_cast<std::size_t>(color.sizeInBytes()));
+                               benchmark::ClobberMemory();
+                           }};
         },
 });
 

@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// No face search is faster; handing over more frames would only cost their copies.
+/// No face search is faster, so that more frames would only be replaced before they are searched.
 constexpr qint64 faceFrameIntervalMs = 180;
 
 /// Where the newest image of a stream is kept.
@@ -35,28 +35,17 @@ void MainWindow::onFramesReady(const QImage& rgb, const QImage& ir, const QImage
     takeImage(&NewestFrames::lastIrImage, ir);
     takeImage(&NewestFrames::lastDepthImage, depth);
     if (!rgb.isNull())
-        submitToFaceWorker(rgb);
+        submitToFaceWorker(frames.lastRgbImage);
     updateStreamPixmaps();
 }
 
-/// One copy of each image serves all tiles, and every later pass until the next image comes.
-///
-/// All who hold the stream's previous copy let go of it first, so that the new one is written to
-/// the very memory that the processor's cache still holds: that takes a sixth off a hand-over. The
-/// tiles get the new copy before anything can be painted.
+/// One picture serves all tiles and the face worker, and every later pass until the next one comes.
 void MainWindow::takeImage(StreamFrame NewestFrames::*stream, const QImage& image) {
-    if (image.isNull())
-        return;
-    for (const TileSpec& spec : streamTiles()) {
-        StreamImageWidget* tile = streamLabels.value(spec.key);
-        if (tile && newestImage(spec.stream) == stream)
-            tile->setFrame(StreamFrame());
-    }
-    frames.*stream = StreamFrame();
-    frames.*stream = StreamFrame(image);
+    if (!image.isNull())
+        frames.*stream = StreamFrame(image);
 }
 
-void MainWindow::submitToFaceWorker(const QImage& rgb) {
+void MainWindow::submitToFaceWorker(const StreamFrame& rgb) {
     if (!faceWorker || (faceFrameTimer.isValid() && faceFrameTimer.elapsed() < faceFrameIntervalMs))
         return;
     faceWorker->submitFrame(rgb);

@@ -11,7 +11,6 @@
 #include <QMutexLocker>
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <opencv2/core/utility.hpp>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -77,26 +76,20 @@ FaceRecognitionWorker::~FaceRecognitionWorker() {
 }
 
 void FaceRecognitionWorker::submitFrame(const QImage& image) {
-    if (image.isNull())
-        return;
-    QImage copy = copyOf(image);
-    if (copy.isNull())
-        return;
-    const QMutexLocker lock(&mutex);
-    pendingFrame.swap(copy);
-    hasFrame = true;
-    frameCondition.wakeOne();
+    // What the search looks at is RGB888, and a conversion is a copy already.
+    submitFrame(image.format() == QImage::Format_RGB888
+                    ? StreamFrame(image)
+                    : StreamFrame::fromWritten(image.convertToFormat(QImage::Format_RGB888)));
 }
 
-/// A deep copy; where the format is the sensor's, in memory that is used again.
-QImage FaceRecognitionWorker::copyOf(const QImage& image) {
-    if (image.format() != QImage::Format_RGB888)
-        return image.copy();
-    QImage copy = frameCopies.take(image.width(), image.height());
-    const std::size_t rowBytes = static_cast<std::size_t>(image.width()) * 3;
-    for (int y = 0; y < copy.height(); ++y)
-        std::memcpy(copy.scanLine(y), image.constScanLine(y), rowBytes);
-    return copy;
+void FaceRecognitionWorker::submitFrame(const StreamFrame& frame) {
+    if (frame.isNull())
+        return;
+    StreamFrame replaced = frame; // swapped out below, and let go after the lock
+    const QMutexLocker lock(&mutex);
+    std::swap(pendingFrame, replaced);
+    hasFrame = true;
+    frameCondition.wakeOne();
 }
 
 void FaceRecognitionWorker::setBodyRegions(const QList<QRect>& regions) {
@@ -223,7 +216,7 @@ std::optional<FaceRecognitionWorker::HandedOver> FaceRecognitionWorker::waitForF
     while (!stopRequested && !isInterruptionRequested()) {
         if (hasFrame) {
             hasFrame = false;
-            return HandedOver{std::exchange(pendingFrame, QImage()), bodyRegions};
+            return HandedOver{std::exchange(pendingFrame, {}), bodyRegions};
         }
         frameCondition.wait(&mutex, frameWaitMs);
     }
@@ -231,7 +224,7 @@ std::optional<FaceRecognitionWorker::HandedOver> FaceRecognitionWorker::waitForF
 }
 
 void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tools) {
-    cv::Mat grey = greyFrame(input.frame);
+    cv::Mat grey = greyFrame(input.frame.image());
     if (grey.empty())
         return;
     makePoolYield();

@@ -3,7 +3,7 @@
 #include "app/face_overlay.h"
 #include "face/face_options.h"
 #include "face/face_pass.h"
-#include "kinect/image_pool.h"
+#include "frames/stream_frame.h"
 
 #include <QImage>
 #include <QList>
@@ -40,6 +40,8 @@ public:
 
     /// Hands over a frame of any size and format; its pixels are copied. A null image is ignored.
     void submitFrame(const QImage& image);
+    /// Hands over a picture that nobody writes any more, without copying it. A null one is ignored.
+    void submitFrame(const StreamFrame& frame);
     /// Hands over where depth saw bodies, in pixels of the frames.
     void setBodyRegions(const QList<QRect>& regions);
     void stop();
@@ -54,11 +56,10 @@ protected:
 
 private:
     struct HandedOver {
-        QImage frame;
+        StreamFrame frame;
         QList<QRect> bodyRegions;
     };
 
-    QImage copyOf(const QImage& image);
     void work();
     std::optional<int> learnOwner(FaceTools& tools);
     bool loadCascades(FaceTools& tools);
@@ -72,13 +73,10 @@ private:
     // Constant.
     const int lostTimeoutMs;
 
-    // Guards itself.
-    ImagePool frameCopies{2}; // the pending one and the one that is worked on
-
     // Guarded by the mutex.
     QMutex mutex;
     QWaitCondition frameCondition;
-    QImage pendingFrame;
+    StreamFrame pendingFrame;
     QList<QRect> bodyRegions;
     bool hasFrame = false;
     bool stopRequested = false;

@@ -1,8 +1,8 @@
 #include "kinect/frame_conversion.h"
 
+#include "frames/picture_pool.h"
 #include "frames/sensor_facts.h"
 #include "kinect/frame_kernels.h"
-#include "kinect/image_pool.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,7 @@
 namespace {
 
 /// An infrared image uses at least this many units of intensity before its top is cut off.
-constexpr double leastCutRange = 1200.0;
+constexpr double minCutRange = 1200.0;
 /// The share of a wide range that stays below saturation: reflectors would darken all else.
 constexpr double keptShareOfRange = 0.85;
 
@@ -34,11 +34,12 @@ void forEachRun(const FrameView& frame, QImage& image, Convert convert) {
     }
 }
 
-QImage imageFor(const FrameView& frame, ImagePool& pool) {
-    constexpr std::size_t most = std::numeric_limits<int>::max();
-    if (!isUsable(frame) || frame.width > most || frame.height > most)
+QImage imageFor(const FrameView& frame) {
+    constexpr std::size_t maxSide = std::numeric_limits<int>::max();
+    if (!isUsable(frame) || frame.width > maxSide || frame.height > maxSide)
         return {};
-    return pool.take(static_cast<int>(frame.width), static_cast<int>(frame.height));
+    const QSize size(static_cast<int>(frame.width), static_cast<int>(frame.height));
+    return PicturePool::shared().take(size, QImage::Format_RGB888);
 }
 
 /// How the frame's valid values become grey, or nothing if they are all equal.
@@ -49,23 +50,13 @@ std::optional<InfraredScale> scaleFor(const InfraredRange& found) {
     scale.minimum = found.minimum;
     scale.maximum = found.maximum;
     scale.range = scale.maximum - scale.minimum;
-    const double ceiling = scale.minimum + std::max(keptShareOfRange * scale.range, leastCutRange);
+    const double ceiling = scale.minimum + std::max(keptShareOfRange * scale.range, minCutRange);
     if (ceiling < scale.maximum) {
         scale.maximum = ceiling;
         scale.range = ceiling - scale.minimum;
     }
     scale.scale = scale.range > 1.0 ? 255.0 / scale.range : 255.0;
     return scale;
-}
-
-/// Whether nobody but the caller holds the list any more, on any thread.
-bool isReleased(const QList<float>& list) {
-    if (!list.isDetached())
-        return false;
-    // That was a look without order. Counting this copy and uncounting it puts what the last other
-    // holder did with the list before what the caller does next.
-    [[maybe_unused]] const QList<float> counted = list;
-    return true;
 }
 
 /// One channel of the jet ramp, which peaks at `center` on the scale of 0 to 4.
@@ -99,35 +90,31 @@ bool isUsable(const FrameView& frame) {
 
 FrameConverter::FrameConverter() : FrameConverter(supportedFrameKernels().front()) {}
 
-FrameConverter::FrameConverter(const FrameKernels& chosen)
-    : kernels(chosen), colorImages(std::make_unique<ImagePool>()),
-      infraredImages(std::make_unique<ImagePool>()), depthImages(std::make_unique<ImagePool>()) {}
+FrameConverter::FrameConverter(const FrameKernels& chosen) : kernels(chosen) {}
 
-FrameConverter::~FrameConverter() = default;
-
-QImage FrameConverter::color(const FrameView& frame) {
-    QImage image = imageFor(frame, *colorImages);
+QImage FrameConverter::color(const FrameView& frame) const {
+    QImage image = imageFor(frame);
     forEachRun(frame, image, [&](const unsigned char* in, unsigned char* out, std::size_t pixels) {
         kernels.packColor(in, out, pixels, frame.rgbx);
     });
     return image;
 }
 
-QImage FrameConverter::infrared(const FrameView& frame) {
+QImage FrameConverter::infrared(const FrameView& frame) const {
     if (!isUsable(frame))
         return {};
     const auto scale = scaleFor(kernels.infraredRange(frame.data, frame.width * frame.height));
     if (!scale)
         return {};
-    QImage image = imageFor(frame, *infraredImages);
+    QImage image = imageFor(frame);
     forEachRun(frame, image, [&](const unsigned char* in, unsigned char* out, std::size_t pixels) {
         kernels.infraredPixels(in, out, pixels, *scale);
     });
     return image;
 }
 
-QImage FrameConverter::depth(const FrameView& frame) {
-    QImage image = imageFor(frame, *depthImages);
+QImage FrameConverter::depth(const FrameView& frame) const {
+    QImage image = imageFor(frame);
     bool anyValid = false;
     forEachRun(frame, image, [&](const unsigned char* in, unsigned char* out, std::size_t pixels) {
         const bool valid = kernels.depthPixels(in, out, pixels, depthPalette);
@@ -136,23 +123,10 @@ QImage FrameConverter::depth(const FrameView& frame) {
     return anyValid ? image : QImage();
 }
 
-int FrameConverter::imagesInUse() const {
-    return std::max({colorImages->inUse(), infraredImages->inUse(), depthImages->inUse()});
-}
-
-QList<float> FrameConverter::rawDepth(const FrameView& frame) {
+QList<float> FrameConverter::rawDepth(const FrameView& frame) const {
     if (!isUsable(frame))
         return {};
-    const std::size_t count = frame.width * frame.height;
-    const auto size = static_cast<qsizetype>(count);
-    auto list = std::find_if(depthLists.begin(), depthLists.end(), [size](const auto& candidate) {
-        return candidate.size() == size && isReleased(candidate);
-    });
-    if (list == depthLists.end()) {
-        list = depthLists.begin() + static_cast<std::ptrdiff_t>(oldestDepthList);
-        oldestDepthList = (oldestDepthList + 1) % depthLists.size();
-        *list = QList<float>(size);
-    }
-    std::memcpy(list->data(), frame.data, count * sizeof(float));
-    return *list;
+    QList<float> values(static_cast<qsizetype>(frame.width * frame.height));
+    std::memcpy(values.data(), frame.data, frame.width * frame.height * sizeof(float));
+    return values;
 }

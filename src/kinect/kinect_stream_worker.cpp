@@ -1,6 +1,7 @@
 #include "kinect/kinect_stream_worker.h"
 
 #include "frames/depth_frame.h"
+#include "frames/stream_frame.h"
 #include "kinect/frame_conversion.h"
 #include "kinect/sensor_session.h"
 
@@ -67,9 +68,9 @@ void withoutExceptions(Step step) {
 } // namespace
 
 struct KinectStreamWorker::FrameSet {
-    QImage rgb;
-    QImage ir;
-    QImage depth;
+    StreamFrame rgb;
+    StreamFrame ir;
+    StreamFrame depth;
     DepthFrame raw;
 };
 
@@ -130,7 +131,7 @@ void KinectStreamWorker::streamFrom(SensorSession& sensor) {
     Q_EMIT statusChanged(u"Kinect: streaming RGB/IR/Depth from "_s + serialNumber);
     firstFramesLogged = false;
     frameCount = 0;
-    FrameConverter converter;
+    const FrameConverter converter;
     while (!isInterruptionRequested() && !isStopRequested()) {
         if (!sensor.wait(frameWait)) {
             Q_EMIT streamError(u"Kinect warning: timeout waiting for frame"_s);
@@ -152,12 +153,12 @@ void KinectStreamWorker::streamFrom(SensorSession& sensor) {
 }
 
 KinectStreamWorker::FrameSet KinectStreamWorker::convert(const SensorSession& sensor,
-                                                         FrameConverter& converter) {
+                                                         const FrameConverter& converter) {
     const FrameView depth = viewOf(sensor.frames(), Frame::Depth);
     FrameSet set;
-    set.rgb = converter.color(viewOf(sensor.frames(), Frame::Color));
-    set.ir = converter.infrared(viewOf(sensor.frames(), Frame::Ir));
-    set.depth = converter.depth(depth);
+    set.rgb = StreamFrame::fromWritten(converter.color(viewOf(sensor.frames(), Frame::Color)));
+    set.ir = StreamFrame::fromWritten(converter.infrared(viewOf(sensor.frames(), Frame::Ir)));
+    set.depth = StreamFrame::fromWritten(converter.depth(depth));
     set.raw = {converter.rawDepth(depth), static_cast<int>(depth.width),
                static_cast<int>(depth.height)};
     return set;
@@ -172,7 +173,7 @@ void KinectStreamWorker::handOver(const FrameSet& set) {
         Q_EMIT statusChanged(u"Kinect: RGB/IR/Depth frames live"_s);
         firstFramesLogged = true;
     }
-    Q_EMIT framesReady(set.rgb, set.ir, set.depth);
+    Q_EMIT framesReady(set.rgb.image(), set.ir.image(), set.depth.image());
     if (!set.raw.depth_mm.isEmpty())
         Q_EMIT depthRawReady(set.raw.depth_mm, set.raw.width, set.raw.height);
     ++frameCount;

@@ -49,7 +49,8 @@ public:
 
 Q_SIGNALS:
     /// One converted frame set: RGB888 images of the frames' own sizes. Those whose frame was
-    /// missing or unusable are null, but never all three.
+    /// missing or unusable are null, but never all three. Nobody writes their pixels any more, so
+    /// that a StreamFrame of one of them is no copy.
     void framesReady(const QImage& rgb, const QImage& ir, const QImage& depth);
     /// The raw depth of the same set: width x height millimetres, row-major, 0 without a reading.
     void depthRawReady(const QList<float>& depth_mm, int width, int height);
@@ -65,7 +66,7 @@ private:
     struct FrameSet;
 
     void streamFrom(SensorSession& sensor);
-    static FrameSet convert(const SensorSession& sensor, FrameConverter& converter);
+    static FrameSet convert(const SensorSession& sensor, const FrameConverter& converter);
     void handOver(const FrameSet& set);
     bool isStopRequested();
     void countDrop();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/stream_frame.h"
+#include "frames/stream_frame.h"
 
 #include <QImage>
 #include <QSize>

@@ -4,8 +4,8 @@
 #include "app/face_overlay.h"
 #include "app/voice_direction_status.h"
 #include "awareness/awareness_pass.h"
+#include "frames/stream_frame.h"
 #include "ui/side_panels.h"
-#include "ui/stream_frame.h"
 #include "ui/view_specs.h"
 
 #include <QElapsedTimer>
@@ -112,7 +112,7 @@ private:
 
     void showView(View view);
     void takeImage(StreamFrame NewestFrames::*stream, const QImage& image);
-    void submitToFaceWorker(const QImage& rgb);
+    void submitToFaceWorker(const StreamFrame& rgb);
     void logAwareness(const AwarenessResult& result);
     void startVoicePoll();
     void updateFollowLabel(StreamImageWidget* widget, const StreamFrame& image);

@@ -1,5 +1,7 @@
 #include "ui/smooth_shrinking.h"
 
+#include "frames/picture_pool.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -194,9 +196,8 @@ void weigh(const std::vector<const std::uint32_t*>& rows, const Span& span, int 
     }
 }
 
-QImage shrunk(const QImage& source, const QSize& size, QImage target) {
-    if (target.size() != size || target.format() != QImage::Format_RGB32 || !target.isDetached())
-        target = QImage(size, QImage::Format_RGB32);
+QImage shrunk(const QImage& source, const QSize& size) {
+    QImage target = PicturePool::shared().take(size, QImage::Format_RGB32);
     if (target.isNull())
         return target;
     RowShrinker shrinker(source, size.width());
@@ -228,19 +229,19 @@ QImage shrunk(const QImage& source, const QSize& size, QImage target) {
 
 } // namespace
 
-QImage smoothlyShrunk(const QImage& source, const QSize& size, QImage used) {
+QImage smoothlyShrunk(const QImage& source, const QSize& size) {
     const bool known =
         source.format() == QImage::Format_RGB888 || source.format() == QImage::Format_RGB32;
     const bool smaller = size.width() < source.width() && size.height() < source.height();
     static const bool supported = __builtin_cpu_supports("avx2");
     if (!known || !smaller || size.isEmpty() || !supported)
         return {};
-    return shrunk(source, size, std::move(used));
+    return shrunk(source, size);
 }
 
 #else
 
-QImage smoothlyShrunk(const QImage&, const QSize&, QImage) {
+QImage smoothlyShrunk(const QImage&, const QSize&) {
     return {};
 }
 

@@ -13,5 +13,5 @@
 /// rows are weighted. Rows are shrunk once each and straight from three bytes per pixel, where
 /// QImage converts the image first and shrinks a row again for every target row that it touches.
 ///
-/// `used` is an image that is no longer needed; the result takes over its memory where that fits.
-QImage smoothlyShrunk(const QImage& source, const QSize& size, QImage used = {});
+/// The memory comes from PicturePool.
+QImage smoothlyShrunk(const QImage& source, const QSize& size);

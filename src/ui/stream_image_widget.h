@@ -2,8 +2,8 @@
 
 #include "app/face_overlay.h"
 #include "app/voice_direction_status.h"
+#include "frames/stream_frame.h"
 #include "ui/fitted_picture.h"
-#include "ui/stream_frame.h"
 
 #include <QElapsedTimer>
 #include <QImage>
@@ -23,9 +23,11 @@ public:
     StreamImageWidget(const QString& placeholder, bool showVoiceOverlay, QWidget* parent = nullptr);
     ~StreamImageWidget() override;
 
-    /// Shows a deep copy of `image`; a null image brings the placeholder back.
+    /// Shows a deep copy of `image`, whose sender may write to it again; a null image brings the
+    /// placeholder back.
     void setImage(const QImage& image);
-    /// Shows a copy that other widgets show too.
+    /// Shows a picture that nobody writes any more, without copying it; a null frame brings the
+    /// placeholder back.
     void setFrame(const StreamFrame& frame);
     /// Shown as one paragraph while there is no image.
     void setPlaceholder(const QString& text);

@@ -1,6 +1,5 @@
 #include "kinect/frame_conversion.h"
 #include "kinect/frame_kernels.h"
-#include "kinect/image_pool.h"
 
 #include "support/plain_conversion.h"
 
@@ -92,10 +91,6 @@ private Q_SLOTS:
     void rawDepthNeedsDataAndFourBytes();
     void imageThatSomebodyHoldsIsNotWrittenAgain();
     void depthListThatSomebodyHoldsIsNotWrittenAgain();
-    void depthListsAreUsedAgain();
-    void buffersAreUsedAgain();
-    void poolOutlivedByItsImages();
-    void poolRefusesSizesWithoutPixels();
 };
 
 void FrameConversionTest::unusableFrameGivesNullImage_data() {
@@ -422,51 +417,6 @@ void FrameConversionTest::depthListThatSomebodyHoldsIsNotWrittenAgain() {
         held.append(converter.rawDepth(viewOf(expected.last(), 2, 1)));
     }
     QCOMPARE(held, expected);
-}
-
-void FrameConversionTest::depthListsAreUsedAgain() {
-    FrameConverter converter;
-    const Floats values(100, 1.0F);
-    Floats list = converter.rawDepth(viewOf(values, 10, 10));
-    Floats copy = list;
-    const float* const first = list.constData();
-    list = converter.rawDepth(viewOf(values, 10, 10));
-    QVERIFY(list.constData() != first); // the copy still holds it
-    copy.clear();
-    QCOMPARE(converter.rawDepth(viewOf(values, 10, 10)).constData(), first);
-    QCOMPARE(converter.rawDepth(viewOf(values, 5, 10)).size(), 50);
-}
-
-void FrameConversionTest::buffersAreUsedAgain() {
-    ImagePool pool;
-    QImage first = pool.take(100, 100);
-    QImage copy = first;
-    const uchar* const bytes = first.constBits();
-    first = QImage();
-    QImage second = pool.take(100, 100);
-    QVERIFY(second.constBits() != bytes); // the copy still holds them
-    copy = QImage();
-    QCOMPARE(pool.take(100, 100).constBits(), bytes);
-    const QImage otherSize = pool.take(50, 100);
-    QCOMPARE(otherSize.size(), QSize(50, 100));
-}
-
-void FrameConversionTest::poolOutlivedByItsImages() {
-    QImage image;
-    {
-        ImagePool pool;
-        image = pool.take(10, 10);
-    }
-    image.fill(Qt::red);
-    QCOMPARE(image.pixelColor(9, 9), QColor(Qt::red));
-}
-
-void FrameConversionTest::poolRefusesSizesWithoutPixels() {
-    ImagePool pool;
-    QVERIFY(pool.take(0, 10).isNull());
-    QVERIFY(pool.take(10, 0).isNull());
-    QVERIFY(pool.take(-1, 10).isNull());
-    QVERIFY(pool.take(std::numeric_limits<int>::max(), std::numeric_limits<int>::max()).isNull());
 }
 
 QTEST_APPLESS_MAIN(FrameConversionTest)

@@ -35,8 +35,6 @@ private Q_SLOTS:
     void pixelsOfManySizesAreThoseOfQImage_data();
     void pixelsOfManySizesAreThoseOfQImage();
     void partsOfAnImageAreReadWithinTheirBounds();
-    void memoryThatFitsIsUsedAgain();
-    void memoryThatIsStillSeenIsNotUsed();
     void whatItIsNotMadeForIsLeftToQImage_data();
     void whatItIsNotMadeForIsLeftToQImage();
 };
@@ -97,32 +95,6 @@ void SmoothShrinkingTest::partsOfAnImageAreReadWithinTheirBounds() {
     const QImage view(whole.constScanLine(part.top()) + qsizetype(part.left()) * 3, part.width(),
                       part.height(), whole.bytesPerLine(), whole.format());
     QCOMPARE(smoothlyShrunk(view, QSize(31, 17)), scaledByQt(whole.copy(part), QSize(31, 17)));
-}
-
-void SmoothShrinkingTest::memoryThatFitsIsUsedAgain() {
-    if (!supported())
-        QSKIP("this processor leaves it to QImage");
-    const QImage source = noise(QSize(20, 10), QImage::Format_RGB888, 7);
-    const QSize size(9, 5);
-    QImage used = noise(size, QImage::Format_RGB32, 8);
-    const uchar* memory = used.constBits();
-    const QImage shrunk = smoothlyShrunk(source, size, std::move(used));
-    QCOMPARE(shrunk.constBits(), memory);
-    QCOMPARE(shrunk, scaledByQt(source, size));
-    for (const QImage& other : {noise(QSize(5, 9), QImage::Format_RGB32, 9),
-                                noise(size, QImage::Format_RGB16, 9), QImage()})
-        QCOMPARE(smoothlyShrunk(source, size, other), scaledByQt(source, size));
-}
-
-void SmoothShrinkingTest::memoryThatIsStillSeenIsNotUsed() {
-    if (!supported())
-        QSKIP("this processor leaves it to QImage");
-    const QImage source = noise(QSize(20, 10), QImage::Format_RGB888, 7);
-    const QSize size(9, 5);
-    const QImage seen = noise(size, QImage::Format_RGB32, 8);
-    const QImage before = seen.copy();
-    QCOMPARE(smoothlyShrunk(source, size, seen), scaledByQt(source, size));
-    QCOMPARE(seen, before);
 }
 
 void SmoothShrinkingTest::whatItIsNotMadeForIsLeftToQImage_data() {

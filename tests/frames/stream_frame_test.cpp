@@ -1,26 +1,16 @@
-#include "ui/fitted_picture.h"
-#include "ui/stream_frame.h"
+#include "frames/stream_frame.h"
+
+#include "frames/picture_pool.h"
+#include "frames/pictures.h"
 
 #include <QTest>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// Every pixel differs from its neighbours; `seed` makes another picture of the same kind.
-QImage patternedImage(const QSize& size, QImage::Format format, int seed = 0) {
-    QImage image(size, QImage::Format_ARGB32);
-    for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0; x < size.width(); ++x)
-            image.setPixel(x, y,
-                           qRgba((x * 7 + seed) & 255, (y * 5 + x * y) & 255, (x ^ y) & 255,
-                                 255 - ((x + y) & 63)));
-    }
-    return image.convertToFormat(format);
-}
-
-} // namespace
 
 class StreamFrameTest : public QObject {
     Q_OBJECT
@@ -39,8 +29,13 @@ private Q_SLOTS:
     void aRecycledBufferIsNeverOneThatIsStillHeld();
     void aRecycledBufferIsUsedAgain();
     void everyFrameHasAnIdentityOfItsOwn();
-    void aFittedPictureIsMadeOnceForTheSameQuestion();
-    void aFittedPictureFollowsFramePartAndArea();
+    void ourOwnPictureIsSharedAndNotCopied();
+    void aWrittenPictureBecomesAFrameWithoutACopy();
+    void whoeverWritesToASharedPictureGetsACopy();
+    void aPartOfOurOwnPictureIsCopiedLikeAnyOther();
+    void anImageOnTheBareAddressOfAPictureIsUsableToo();
+    void anAddressThatIsUsedAgainIsAnotherPicture();
+    void framesAreHandedBetweenThreads();
 };
 
 void StreamFrameTest::aNullImageGivesANullFrame() {
@@ -49,7 +44,6 @@ void StreamFrameTest::aNullImageGivesANullFrame() {
     QVERIFY(frame.image().isNull());
     QVERIFY(frame.cropped(QRect(0, 0, 10, 10)).isNull());
     QCOMPARE(frame.size(), QSize(0, 0));
-    QVERIFY(FittedPicture().fit(frame, QSize(10, 10)).isNull());
 }
 
 void StreamFrameTest::pixelsOfEveryFormatAreKept_data() {
@@ -183,33 +177,105 @@ void StreamFrameTest::everyFrameHasAnIdentityOfItsOwn() {
     QVERIFY(!(StreamFrame().identity() == frame.identity()));
 }
 
-void StreamFrameTest::aFittedPictureIsMadeOnceForTheSameQuestion() {
-    const StreamFrame frame(patternedImage(QSize(80, 60), QImage::Format_RGB888));
-    FittedPicture fitted;
-    const qint64 key = fitted.fit(frame, QSize(40, 40)).cacheKey();
-    const StreamFrame sameFrame = frame;
-    QCOMPARE(fitted.fit(sameFrame, QSize(40, 40)).cacheKey(), key);
+void StreamFrameTest::ourOwnPictureIsSharedAndNotCopied() {
+    const StreamFrame frame(patternedImage(QSize(41, 23), QImage::Format_RGB888));
+    const QImage sent = frame.image();
+    const QImage received = sent; // as a signal hands it over
+    const StreamFrame again(received);
+    QCOMPARE(again.image().constBits(), frame.image().constBits());
+    QVERIFY(again.identity() == frame.identity());
 }
 
-void StreamFrameTest::aFittedPictureFollowsFramePartAndArea() {
-    const QImage image = patternedImage(QSize(83, 61), QImage::Format_RGB888);
-    const StreamFrame frame(image);
-    FittedPicture fitted;
-    const auto expected = [](const QImage& source, const QSize& area) {
-        return source.convertToFormat(QImage::Format_RGB32)
-            .scaled(area, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    };
-    QCOMPARE(fitted.fit(frame, QSize(40, 41)), expected(image, QSize(40, 41)));
-    QCOMPARE(fitted.fit(frame, QSize(41, 40)), expected(image, QSize(41, 40)));
-    const QRect part(10, 10, 31, 17);
-    QCOMPARE(fitted.fit(frame.cropped(part), QSize(41, 40)),
-             expected(image.copy(part), QSize(41, 40)));
-    const QRect moved = part.translated(1, 0);
-    QCOMPARE(fitted.fit(frame.cropped(moved), QSize(41, 40)),
-             expected(image.copy(moved), QSize(41, 40)));
-    const QImage next = patternedImage(QSize(83, 61), QImage::Format_RGB888, 3);
-    QCOMPARE(fitted.fit(StreamFrame(next).cropped(moved), QSize(41, 40)),
-             expected(next.copy(moved), QSize(41, 40)));
+void StreamFrameTest::aWrittenPictureBecomesAFrameWithoutACopy() {
+    QImage written = PicturePool::shared().take(QSize(64, 48), QImage::Format_RGB888);
+    written.fill(Qt::blue);
+    const uchar* const bytes = written.constBits();
+    const StreamFrame frame = StreamFrame::fromWritten(std::move(written));
+    QCOMPARE(frame.image().constBits(), bytes);
+    QCOMPARE(frame.image().pixelColor(63, 47), QColor(Qt::blue));
+    QVERIFY(StreamFrame::fromWritten(QImage()).isNull());
+}
+
+void StreamFrameTest::whoeverWritesToASharedPictureGetsACopy() {
+    const StreamFrame frame(patternedImage(QSize(41, 23), QImage::Format_RGB888));
+    const QImage before = frame.image().copy();
+    QImage received = frame.image();
+    received.fill(Qt::red);
+    QCOMPARE(frame.image(), before);
+    // What was written is another's picture by now.
+    const StreamFrame other(received);
+    QVERIFY(other.image().constBits() != frame.image().constBits());
+    QVERIFY(other.image().constBits() != received.constBits());
+}
+
+void StreamFrameTest::aPartOfOurOwnPictureIsCopiedLikeAnyOther() {
+    const StreamFrame frame(patternedImage(QSize(41, 23), QImage::Format_RGB888));
+    for (const QRect& area : {QRect(0, 0, 20, 23), QRect(0, 0, 41, 10), QRect(5, 3, 17, 9)}) {
+        const QImage part = frame.cropped(area).image();
+        const StreamFrame copy(part);
+        QCOMPARE(copy.image(), part);
+        QVERIFY(copy.image().constBits() != part.constBits());
+    }
+}
+
+void StreamFrameTest::anImageOnTheBareAddressOfAPictureIsUsableToo() {
+    auto frame =
+        std::make_unique<StreamFrame>(patternedImage(QSize(41, 23), QImage::Format_RGB888));
+    const QImage view = frame->image();
+    const QImage before = view.copy();
+    // Keeps nothing alive, as an image on a foreign buffer does not.
+    const QImage bare(view.constBits(), 41, 23, view.bytesPerLine(), view.format());
+    const StreamFrame taken(bare);
+    frame.reset();
+    QCOMPARE(taken.image(), before);
+}
+
+void StreamFrameTest::anAddressThatIsUsedAgainIsAnotherPicture() {
+    const uchar* address = nullptr;
+    StreamFrame::Identity identity;
+    for (int turn = 0; turn < 2; ++turn) {
+        const StreamFrame frame(patternedImage(QSize(64, 48), QImage::Format_RGB888, turn));
+        const StreamFrame again(frame.image());
+        if (turn == 1) {
+            QCOMPARE(frame.image().constBits(), address); // else this tests nothing
+            QVERIFY(!(frame.identity() == identity));
+        }
+        QVERIFY(again.identity() == frame.identity());
+        address = frame.image().constBits();
+        identity = frame.identity();
+    }
+}
+
+void StreamFrameTest::framesAreHandedBetweenThreads() {
+    // One thread makes pictures, another takes them as they come and lets them go.
+    std::mutex mutex;
+    std::deque<QImage> sent;
+    std::thread sender([&] {
+        for (int shade = 0; shade < 400; ++shade) {
+            QImage picture = PicturePool::shared().take(QSize(32, 16), QImage::Format_RGB888);
+            picture.fill(qRgb(shade & 255, 0, 0));
+            const StreamFrame frame = StreamFrame::fromWritten(std::move(picture));
+            const std::lock_guard lock(mutex);
+            sent.push_back(frame.image());
+        }
+    });
+    int received = 0;
+    StreamFrame newest;
+    while (received < 400) {
+        QImage image;
+        {
+            const std::lock_guard lock(mutex);
+            if (sent.empty())
+                continue;
+            image = std::move(sent.front());
+            sent.pop_front();
+        }
+        newest = StreamFrame(image);
+        QCOMPARE(newest.image().constBits(), image.constBits());
+        QCOMPARE(newest.image().pixel(31, 15), qRgb(received & 255, 0, 0));
+        ++received;
+    }
+    sender.join();
 }
 
 QTEST_APPLESS_MAIN(StreamFrameTest)

@@ -1,0 +1,126 @@
+#include "frames/picture_pool.h"
+
+#include <QTest>
+#include <limits>
+#include <thread>
+
+/// Memory for pictures, used again.
+class PicturePoolTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aPictureHasTheSizeAndFormatAskedFor_data();
+    void aPictureHasTheSizeAndFormatAskedFor();
+    void memoryIsUsedAgainOnceNobodyHoldsIt();
+    void memoryOfAnotherSizeIsNotUsed();
+    void onlySomeIdleMemoryIsKept();
+    void memoryThatIsNotUsedIsSoonForgotten();
+    void picturesOutliveTheirPool();
+    void sizesAndFormatsWithoutPixelsAreRefused();
+    void picturesMayEndOnAnyThread();
+};
+
+void PicturePoolTest::aPictureHasTheSizeAndFormatAskedFor_data() {
+    QTest::addColumn<QImage::Format>("format");
+    QTest::newRow("RGB888") << QImage::Format_RGB888;
+    QTest::newRow("RGB32") << QImage::Format_RGB32;
+    QTest::newRow("ARGB32 premultiplied") << QImage::Format_ARGB32_Premultiplied;
+}
+
+void PicturePoolTest::aPictureHasTheSizeAndFormatAskedFor() {
+    QFETCH(QImage::Format, format);
+    PicturePool pool;
+    QImage picture = pool.take(QSize(7, 3), format);
+    QCOMPARE(picture.size(), QSize(7, 3));
+    QCOMPARE(picture.format(), format);
+    QCOMPARE(picture.bytesPerLine(), QImage(7, 3, format).bytesPerLine());
+    const uchar* const bytes = picture.constBits();
+    picture.fill(Qt::red); // every byte of it is there
+    QCOMPARE(picture.pixelColor(6, 2), QColor(Qt::red));
+    QCOMPARE(picture.constBits(), bytes); // and its own
+}
+
+void PicturePoolTest::memoryIsUsedAgainOnceNobodyHoldsIt() {
+    PicturePool pool;
+    QImage first = pool.take(QSize(100, 100), QImage::Format_RGB888);
+    QImage copy = first;
+    const uchar* const bytes = first.constBits();
+    first = QImage();
+    QCOMPARE(pool.idle(), 0);
+    QImage second = pool.take(QSize(100, 100), QImage::Format_RGB888);
+    QVERIFY(second.constBits() != bytes); // the copy still holds them
+    copy = QImage();
+    QCOMPARE(pool.idle(), 1);
+    QCOMPARE(pool.take(QSize(100, 100), QImage::Format_RGB888).constBits(), bytes);
+}
+
+void PicturePoolTest::memoryOfAnotherSizeIsNotUsed() {
+    PicturePool pool;
+    pool.take(QSize(100, 100), QImage::Format_RGB888);
+    const QImage other = pool.take(QSize(50, 100), QImage::Format_RGB888);
+    QCOMPARE(other.size(), QSize(50, 100));
+    QCOMPARE(pool.idle(), 1);
+    const QImage wider = pool.take(QSize(100, 100), QImage::Format_RGB32);
+    QCOMPARE(pool.idle(), 1);
+}
+
+void PicturePoolTest::onlySomeIdleMemoryIsKept() {
+    PicturePool pool;
+    {
+        QList<QImage> pictures;
+        for (int i = 0; i < 3 * PicturePool::maxIdle; ++i)
+            pictures.append(pool.take(QSize(64, 48), QImage::Format_RGB888));
+    }
+    QCOMPARE(pool.idle(), PicturePool::maxIdle);
+}
+
+void PicturePoolTest::memoryThatIsNotUsedIsSoonForgotten() {
+    PicturePool pool;
+    pool.take(QSize(10, 10), QImage::Format_RGB888);
+    for (int i = 0; i < PicturePool::maxTakesUnused; ++i)
+        pool.take(QSize(20, 20), QImage::Format_RGB888);
+    QCOMPARE(pool.idle(), 2);
+    pool.take(QSize(20, 20), QImage::Format_RGB888);
+    QCOMPARE(pool.idle(), 1); // the one that is used all the time
+}
+
+void PicturePoolTest::picturesOutliveTheirPool() {
+    QImage picture;
+    {
+        PicturePool pool;
+        picture = pool.take(QSize(10, 10), QImage::Format_RGB888);
+    }
+    picture.fill(Qt::red);
+    QCOMPARE(picture.pixelColor(9, 9), QColor(Qt::red));
+}
+
+void PicturePoolTest::sizesAndFormatsWithoutPixelsAreRefused() {
+    constexpr int most = std::numeric_limits<int>::max();
+    PicturePool pool;
+    for (const QSize size : {QSize(0, 10), QSize(10, 0), QSize(-1, 10), QSize(most, most)})
+        QVERIFY(pool.take(size, QImage::Format_RGB888).isNull());
+    for (const auto format : {QImage::Format_Invalid, QImage::Format_Mono, QImage::Format_Indexed8})
+        QVERIFY(pool.take(QSize(8, 8), format).isNull());
+    QCOMPARE(pool.idle(), 0);
+}
+
+void PicturePoolTest::picturesMayEndOnAnyThread() {
+    PicturePool pool;
+    const auto use = [&pool](uchar shade) {
+        for (int i = 0; i < 500; ++i) {
+            QImage picture = pool.take(QSize(32, 32), QImage::Format_RGB888);
+            picture.fill(qRgb(shade, shade, shade));
+            std::thread([copy = picture] {
+                QCOMPARE(copy.pixel(0, 0), copy.pixel(31, 31));
+            }).join();
+            QCOMPARE(picture.pixel(31, 31), qRgb(shade, shade, shade));
+        }
+    };
+    std::thread other(use, uchar(10));
+    use(20);
+    other.join();
+    QVERIFY(pool.idle() >= 1);
+}
+
+QTEST_APPLESS_MAIN(PicturePoolTest)
+#include "picture_pool_test.moc"
