@@ -1,8 +1,8 @@
 #include "app/command_line.h"
 #include "app/memory_policy.h"
 #include "app/record_types.h"
+#include "app/worker_thread.h"
 #include "ui/main_window.h"
-#include "ui/worker_release.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -34,9 +34,9 @@ int run(int& argc, char** argv) {
 int main(int argc, char** argv) {
     giveLargeBlocksBack();
     const int status = run(argc, argv);
-    if (workersLetGoStillRun()) {
-        // A worker hangs in its driver. Ending without the static destructors keeps it from
-        // stumbling over what they would take away.
+    if (WorkerThread::anyLetGoStillRuns()) {
+        // A worker hangs in its driver. Ending without the static destructors leaves it everything
+        // that it may still use.
         std::fflush(nullptr);
         std::_Exit(status);
     }

@@ -172,21 +172,21 @@ std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& grey,
 
 std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascade,
                                             cv::CascadeClassifier* profileCascade, cv::Mat& grey,
-                                            const Options& options, const StopCheck& stop) {
+                                            const Options& options, const std::stop_token& stop) {
     std::vector<FaceDetection> found;
     if (grey.empty())
         return found;
     const bool all = options.detector == "frontal_or_profile";
     SearchImages images(grey, options);
-    if ((all || options.detector == "frontal") && !stopAsked(stop)) {
+    if ((all || options.detector == "frontal") && !stop.stop_requested()) {
         for (const cv::Rect& hit : detectPrepared(frontalCascade, images.upright(), options))
             found.push_back({hit, "frontal"});
     }
-    if (profileCascade && (all || options.detector == "profile_left") && !stopAsked(stop)) {
+    if (profileCascade && (all || options.detector == "profile_left") && !stop.stop_requested()) {
         for (const cv::Rect& hit : detectPrepared(*profileCascade, images.upright(), options))
             found.push_back({hit, "profile_left"});
     }
-    if (profileCascade && (all || options.detector == "profile_right") && !stopAsked(stop)) {
+    if (profileCascade && (all || options.detector == "profile_right") && !stop.stop_requested()) {
         for (cv::Rect hit : detectPrepared(*profileCascade, images.mirrored(), options)) {
             hit.x = grey.cols - hit.x - hit.width;
             found.push_back({hit, "profile_right"});
@@ -199,7 +199,7 @@ std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& front
                                                     cv::CascadeClassifier* profileCascade,
                                                     const cv::Mat& grey, const Options& options,
                                                     const QList<QRect>& bodyRegions,
-                                                    const StopCheck& stop) {
+                                                    const std::stop_token& stop) {
     Options cropOptions = options;
     cropOptions.detectScale = 1.0;
     cropOptions.minFaceSize = regionMinFaceSize;
@@ -210,7 +210,7 @@ std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& front
         const cv::Rect crop = headCrop(body, grey.size());
         if (crop.empty())
             continue;
-        if (stopAsked(stop))
+        if (stop.stop_requested())
             break;
         const double factor = crop.width >= wideCrop ? 1.5 : 2.0;
         cv::Mat enlarged;

@@ -6,6 +6,7 @@
 #include <QRect>
 #include <opencv2/core.hpp>
 #include <opencv2/objdetect.hpp>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -42,7 +43,8 @@ std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& grey,
 /// detector, and ends the search with what was found so far.
 std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascade,
                                             cv::CascadeClassifier* profileCascade, cv::Mat& grey,
-                                            const Options& options, const StopCheck& stop = {});
+                                            const Options& options,
+                                            const std::stop_token& stop = {});
 
 /// Searches the upper part of each body, enlarged, so that small faces of people far from the
 /// sensor are found. `bodyRegions` are in pixels of `grey`, which is not changed; regions outside
@@ -51,7 +53,7 @@ std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& front
                                                     cv::CascadeClassifier* profileCascade,
                                                     const cv::Mat& grey, const Options& options,
                                                     const QList<QRect>& bodyRegions,
-                                                    const StopCheck& stop = {});
+                                                    const std::stop_token& stop = {});
 
 /// Merges hits that mean the same face (intersection over union of 0.35 and more). Larger boxes
 /// come first, at equal size the detector with the higher priority.

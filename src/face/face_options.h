@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <string>
 
 /// The settings of face detection and recognition: one value per run of the worker. Paths are
@@ -25,10 +24,3 @@ struct Options {
     double maxBrightness = 220.0;     ///< Largest mean grey level, 0 to 255.
     double minContrast = 20.0;        ///< Smallest grey-level standard deviation.
 };
-
-/// Asked between the pieces of a long piece of work; true means: give up now. Empty: never.
-using StopCheck = std::function<bool()>;
-
-inline bool stopAsked(const StopCheck& stop) {
-    return stop && stop();
-}

@@ -30,7 +30,7 @@ cv::Mat greyFrame(const QImage& frame) {
 }
 
 FacePass findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
-                   const QList<QRect>& bodyRegions, const StopCheck& stop) {
+                   const QList<QRect>& bodyRegions, const std::stop_token& stop) {
     cv::CascadeClassifier* profile = tools.profile.empty() ? nullptr : &tools.profile;
     std::vector<FaceDetection> found =
         detectFacesMulti(tools.frontal, profile, grey, options, stop);
@@ -42,7 +42,7 @@ FacePass findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
     pass.bodyRegionFaces = static_cast<int>(inRegions.size());
     const cv::Rect frame(0, 0, grey.cols, grey.rows);
     for (const FaceDetection& detection : dedupeDetections(std::move(found))) {
-        if (stopAsked(stop))
+        if (stop.stop_requested())
             break;
         FaceObservation face{detection.rect & frame, detection.detector};
         if (face.rect.empty())

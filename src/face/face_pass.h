@@ -10,6 +10,7 @@
 #include <opencv2/core.hpp>
 #include <opencv2/face.hpp>
 #include <opencv2/objdetect.hpp>
+#include <stop_token>
 #include <vector>
 
 /// What a face pass searches with; made once per run.
@@ -32,4 +33,4 @@ cv::Mat greyFrame(const QImage& frame);
 /// them, and asks the recogniser about those that are good enough. `stop` is asked between the
 /// detectors; the result is then incomplete. Throws cv::Exception where OpenCV does.
 FacePass findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
-                   const QList<QRect>& bodyRegions, const StopCheck& stop = {});
+                   const QList<QRect>& bodyRegions, const std::stop_token& stop = {});

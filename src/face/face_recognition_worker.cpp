@@ -5,7 +5,6 @@
 #include "frames/sensor_facts.h"
 
 #include <QDateTime>
-#include <QDeadlineTimer>
 #include <QDebug>
 #include <QFile>
 #include <QMutexLocker>
@@ -22,9 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int stopWaitMs = 3000;
 constexpr unsigned long frameWaitMs = 250;
-constexpr qint64 logEveryMs = 1000;
 
 constexpr const char* threadName = "face-search"; // at most 15 characters
 constexpr std::chrono::milliseconds poolWait{20};
@@ -66,13 +63,12 @@ void makePoolYield() {
 } // namespace
 
 FaceRecognitionWorker::FaceRecognitionWorker(int lostTimeout, QObject* parent, Options settings)
-    : QThread(parent), lostTimeoutMs(lostTimeout), options(std::move(settings)) {
+    : WorkerThread(parent), lostTimeoutMs(lostTimeout), options(std::move(settings)) {
     setObjectName(QLatin1StringView(threadName)); // for whoever looks at the process's threads
 }
 
 FaceRecognitionWorker::~FaceRecognitionWorker() {
-    stop();
-    wait(QDeadlineTimer(stopWaitMs));
+    endRun();
 }
 
 void FaceRecognitionWorker::submitFrame(const QImage& image) {
@@ -86,31 +82,15 @@ void FaceRecognitionWorker::submitFrame(const StreamFrame& frame) {
     if (frame.isNull())
         return;
     StreamFrame replaced = frame; // swapped out below, and let go after the lock
-    const QMutexLocker lock(&mutex);
+    const QMutexLocker lock(&stopMutex);
     std::swap(pendingFrame, replaced);
     hasFrame = true;
-    frameCondition.wakeOne();
+    wakeUp.wakeOne();
 }
 
 void FaceRecognitionWorker::setBodyRegions(const QList<QRect>& regions) {
-    const QMutexLocker lock(&mutex);
+    const QMutexLocker lock(&stopMutex);
     bodyRegions = regions;
-}
-
-void FaceRecognitionWorker::stop() {
-    {
-        const QMutexLocker lock(&mutex);
-        stopRequested = true;
-        frameCondition.wakeAll();
-    }
-    requestInterruption();
-}
-
-bool FaceRecognitionWorker::stopWanted() {
-    if (isInterruptionRequested())
-        return true;
-    const QMutexLocker lock(&mutex);
-    return stopRequested;
 }
 
 void FaceRecognitionWorker::run() {
@@ -143,10 +123,10 @@ void FaceRecognitionWorker::work() {
 /// Reads the samples, trains the recogniser and writes its model; gives the number of samples, or
 /// nothing when there are none or the work was stopped.
 std::optional<int> FaceRecognitionWorker::learnOwner(FaceTools& tools) {
-    const StopCheck stop = [this] { return stopWanted(); };
+    const std::stop_token stop = stopToken();
     std::vector<TrainingSample> samples;
     const bool found = loadTavinSamples(options.samplesDir, samples, stop);
-    if (stopWanted())
+    if (isStopRequested())
         return std::nullopt;
     if (!found) {
         Q_EMIT statusChanged(
@@ -157,9 +137,9 @@ std::optional<int> FaceRecognitionWorker::learnOwner(FaceTools& tools) {
     if (!model)
         return std::nullopt;
     // The file is for others: nothing here reads it, so recognition goes on without it.
-    if (!writeOwnerModel(*model, options.modelPath, stop) && !stopWanted())
+    if (!writeOwnerModel(*model, options.modelPath, stop) && !isStopRequested())
         qInfo() << "Qt face model not written:" << options.modelPath.c_str();
-    if (stopWanted())
+    if (isStopRequested())
         return std::nullopt;
     tools.recognizer = model;
     return static_cast<int>(samples.size());
@@ -190,15 +170,14 @@ void FaceRecognitionWorker::searchLargestFrame(FaceTools& tools) {
     makePoolYield();
     cv::Mat empty(sensor::colorHeight, sensor::colorWidth, CV_8U, cv::Scalar(0));
     try {
-        findFaces(empty, tools, options, {QRect(0, 0, empty.cols, empty.rows)},
-                  [this] { return stopWanted(); });
+        findFaces(empty, tools, options, {QRect(0, 0, empty.cols, empty.rows)}, stopToken());
     } catch (const std::exception&) {
         // What fails here fails with every frame, and is said there.
     }
 }
 
 void FaceRecognitionWorker::watch(FaceTools& tools) {
-    while (!isInterruptionRequested()) {
+    while (!isStopRequested()) {
         const std::optional<HandedOver> input = waitForFrame();
         if (!input)
             return;
@@ -212,13 +191,13 @@ void FaceRecognitionWorker::watch(FaceTools& tools) {
 
 /// The newest frame and the body regions; nothing when the thread is to stop.
 std::optional<FaceRecognitionWorker::HandedOver> FaceRecognitionWorker::waitForFrame() {
-    const QMutexLocker lock(&mutex);
+    const QMutexLocker lock(&stopMutex);
     while (!stopRequested && !isInterruptionRequested()) {
         if (hasFrame) {
             hasFrame = false;
             return HandedOver{std::exchange(pendingFrame, {}), bodyRegions};
         }
-        frameCondition.wait(&mutex, frameWaitMs);
+        wakeUp.wait(&stopMutex, frameWaitMs);
     }
     return std::nullopt;
 }
@@ -229,9 +208,8 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
         return;
     makePoolYield();
     const qint64 nowMs = QDateTime::currentMSecsSinceEpoch();
-    const FacePass pass =
-        findFaces(grey, tools, options, input.bodyRegions, [this] { return stopWanted(); });
-    if (stopWanted())
+    const FacePass pass = findFaces(grey, tools, options, input.bodyRegions, stopToken());
+    if (isStopRequested())
         return;
     if (pass.bodyRegionFaces > 0) {
         qInfo() << "Qt face follow/body crop upscale: regions=" << input.bodyRegions.size()
@@ -244,8 +222,6 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
 }
 
 void FaceRecognitionWorker::logOverlays(const QList<FaceOverlay>& overlays, qint64 nowMs) {
-    if (nowMs - lastLogMs < logEveryMs)
-        return;
-    lastLogMs = nowMs;
-    qInfo().noquote() << faceOverlaysLogLine(overlays);
+    if (logLimit.allows(nowMs))
+        qInfo().noquote() << faceOverlaysLogLine(overlays);
 }

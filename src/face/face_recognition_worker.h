@@ -1,35 +1,31 @@
 #pragma once
 
 #include "app/face_overlay.h"
+#include "app/rate_limit.h"
+#include "app/worker_thread.h"
 #include "face/face_options.h"
 #include "face/face_pass.h"
 #include "frames/stream_frame.h"
 
 #include <QImage>
 #include <QList>
-#include <QMutex>
 #include <QRect>
-#include <QThread>
-#include <QWaitCondition>
 #include <optional>
 
 /// Finds faces in the newest colour frame and tells the owner from strangers, on a thread of its
 /// own.
 ///
-/// Contract:
+/// Contract, beside that of WorkerThread:
 /// - start() runs the thread once. It reads the owner's samples, trains and writes the model, loads
 ///   the cascades, and then works on frames until it is stopped; a failed start step ends it after
 ///   one status text.
-/// - submitFrame(), setBodyRegions() and stop() may be called from any thread at any time, also
-///   before start() and after the end. They return at once.
+/// - submitFrame() and setBodyRegions() may be called from any thread at any time, also before
+///   start() and after the end. They return at once.
 /// - Only the newest frame counts: one that was not taken yet is replaced by the next.
-/// - stop() cannot be undone. It is noticed between the pieces of the start steps and between the
-///   detectors of a pass; a frame still waiting is not worked on.
-/// - The destructor stops the thread and waits for at most 3000 ms. It must not be called while
-///   the thread could take longer: see QThread.
+/// - A stop is noticed between the pieces of the start steps and between the detectors of a pass; a
+///   frame still waiting is not worked on.
 /// - The thread and the threads that OpenCV makes for it run at the lowest priority.
-/// - No exception leaves the thread.
-class FaceRecognitionWorker : public QThread {
+class FaceRecognitionWorker : public WorkerThread {
     Q_OBJECT
 
 public:
@@ -44,7 +40,6 @@ public:
     void submitFrame(const StreamFrame& frame);
     /// Hands over where depth saw bodies, in pixels of the frames.
     void setBodyRegions(const QList<QRect>& regions);
-    void stop();
 
 Q_SIGNALS:
     /// What is to be shown, once for every frame that was worked on.
@@ -68,21 +63,17 @@ private:
     std::optional<HandedOver> waitForFrame();
     void workOnFrame(const HandedOver& input, FaceTools& tools);
     void logOverlays(const QList<FaceOverlay>& overlays, qint64 nowMs);
-    bool stopWanted();
 
     // Constant.
     const int lostTimeoutMs;
 
-    // Guarded by the mutex.
-    QMutex mutex;
-    QWaitCondition frameCondition;
+    // Guarded by stopMutex; wakeUp says that a frame came.
     StreamFrame pendingFrame;
     QList<QRect> bodyRegions;
     bool hasFrame = false;
-    bool stopRequested = false;
 
     // Touched by this thread only once it runs.
     Options options;
     FaceTracks tracks;
-    qint64 lastLogMs = 0;
+    RateLimit logLimit;
 };

@@ -34,7 +34,8 @@ bool append(QIODevice& file, const std::string& text) {
 
 /// The library's own writing of a large model takes seconds in one call and does not notice a full
 /// disk, so the same text is made and written piece by piece.
-bool writeText(const cv::face::LBPHFaceRecognizer& model, QIODevice& file, const StopCheck& stop) {
+bool writeText(const cv::face::LBPHFaceRecognizer& model, QIODevice& file,
+               const std::stop_token& stop) {
     const cv::String node = model.getDefaultName();
     const std::string head = "%YAML:1.0\n---\n" + node + ":\n";
     const std::string parameters = fieldsText(node, [&model](cv::FileStorage& storage) {
@@ -45,7 +46,7 @@ bool writeText(const cv::face::LBPHFaceRecognizer& model, QIODevice& file, const
     if (!append(file, head + parameters + "   histograms:\n"))
         return false;
     for (const cv::Mat& histogram : model.getHistograms()) {
-        if (stopAsked(stop))
+        if (stop.stop_requested())
             return false;
         const std::string entry = fieldsText(node, [&histogram](cv::FileStorage& storage) {
             storage << "histograms"
@@ -62,7 +63,7 @@ bool writeText(const cv::face::LBPHFaceRecognizer& model, QIODevice& file, const
 }
 
 bool writeModelFile(const cv::face::LBPHFaceRecognizer& model, const fs::path& path,
-                    const StopCheck& stop) {
+                    const std::stop_token& stop) {
     std::error_code error;
     if (path.has_parent_path()) {
         fs::create_directories(path.parent_path(), error);
@@ -82,10 +83,10 @@ bool writeModelFile(const cv::face::LBPHFaceRecognizer& model, const fs::path& p
 } // namespace
 
 cv::Ptr<cv::face::LBPHFaceRecognizer> trainOwnerModel(const std::vector<TrainingSample>& samples,
-                                                      const StopCheck& stop) {
+                                                      const std::stop_token& stop) {
     auto model = cv::face::LBPHFaceRecognizer::create(1, 8, 8, 8, DBL_MAX);
     for (std::size_t first = 0; first < samples.size(); first += trainingSlice) {
-        if (stopAsked(stop))
+        if (stop.stop_requested())
             return nullptr;
         std::vector<cv::Mat> images;
         std::vector<int> labels;
@@ -103,7 +104,7 @@ cv::Ptr<cv::face::LBPHFaceRecognizer> trainOwnerModel(const std::vector<Training
 }
 
 bool writeOwnerModel(const cv::face::LBPHFaceRecognizer& model, const std::string& path,
-                     const StopCheck& stop) {
+                     const std::stop_token& stop) {
     try {
         return writeModelFile(model, path, stop);
     } catch (const std::exception&) {

@@ -4,6 +4,7 @@
 #include "face/owner_samples.h"
 
 #include <opencv2/face.hpp>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -11,11 +12,11 @@
 /// of its own) on the samples, in their order. `samples` must not be empty. `stop` is asked every
 /// few samples; null when it ended the work. Throws cv::Exception where OpenCV does.
 cv::Ptr<cv::face::LBPHFaceRecognizer> trainOwnerModel(const std::vector<TrainingSample>& samples,
-                                                      const StopCheck& stop = {});
+                                                      const std::stop_token& stop = {});
 
 /// Writes the model to `path`, byte for byte as its own write() would, after creating the folder
 /// and its missing ancestors. The file appears whole or not at all: a new file is written beside it
 /// and then renamed over it, so that an earlier file, or a link in its place, is replaced. Returns
 /// false when that fails or `stop` ended it, leaving what was there before; never throws.
 bool writeOwnerModel(const cv::face::LBPHFaceRecognizer& model, const std::string& path,
-                     const StopCheck& stop = {});
+                     const std::stop_token& stop = {});

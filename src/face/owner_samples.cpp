@@ -24,11 +24,11 @@ bool hasSampleName(const fs::path& path) {
                extensions.end();
 }
 
-std::vector<fs::path> samplePaths(const fs::path& directory, const StopCheck& stop) {
+std::vector<fs::path> samplePaths(const fs::path& directory, const std::stop_token& stop) {
     std::vector<fs::path> paths;
     std::error_code error;
     fs::recursive_directory_iterator entry(directory, error);
-    for (; entry != fs::recursive_directory_iterator() && !stopAsked(stop);
+    for (; entry != fs::recursive_directory_iterator() && !stop.stop_requested();
          entry.increment(error)) {
         std::error_code unknown;
         if (entry->is_regular_file(unknown) && hasSampleName(entry->path()))
@@ -81,12 +81,12 @@ cv::Mat recognizerInput(const cv::Mat& crop) {
 }
 
 bool loadTavinSamples(const std::string& directory, std::vector<TrainingSample>& samples,
-                      const StopCheck& stop) {
+                      const std::stop_token& stop) {
     std::error_code error;
     if (!fs::exists(fs::status(directory, error)))
         return false;
     for (const fs::path& path : samplePaths(directory, stop)) {
-        if (stopAsked(stop))
+        if (stop.stop_requested())
             break;
         if (cv::Mat image = readSample(path); !image.empty())
             samples.push_back({std::move(image), ownerClass});

@@ -3,6 +3,7 @@
 #include "face/face_options.h"
 
 #include <opencv2/core.hpp>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -27,4 +28,4 @@ cv::Mat recognizerInput(const cv::Mat& crop);
 /// Files that cannot be read, and images of more than 64 megapixels, are skipped without a message;
 /// never throws for what lies in a file. `stop` is asked between files and ends the scan.
 bool loadTavinSamples(const std::string& directory, std::vector<TrainingSample>& samples,
-                      const StopCheck& stop = {});
+                      const std::stop_token& stop = {});

@@ -5,9 +5,7 @@
 #include "kinect/frame_conversion.h"
 #include "kinect/sensor_session.h"
 
-#include <QDeadlineTimer>
 #include <QDebug>
-#include <QMutexLocker>
 #include <QScopeGuard>
 
 #include <chrono>
@@ -20,7 +18,6 @@ using libfreenect2::Frame;
 namespace {
 
 constexpr std::chrono::milliseconds frameWait{1000};
-constexpr int longestEndMs = 3000;
 
 /// Milliseconds of a clock that nobody sets.
 qint64 monotonicMs() {
@@ -74,39 +71,12 @@ struct KinectStreamWorker::FrameSet {
     DepthFrame raw;
 };
 
-KinectStreamWorker::KinectStreamWorker(QObject* parent) : QThread(parent) {
+KinectStreamWorker::KinectStreamWorker(QObject* parent) : WorkerThread(parent) {
     setObjectName(u"kinect-streams"_s); // names the thread for whoever looks at the process
 }
 
 KinectStreamWorker::~KinectStreamWorker() {
-    stop();
-    // Past the bound only an object that was not made with new still runs here. Its memory is about
-    // to go, and QThread would end the process.
-    if (!wait(QDeadlineTimer(longestEndMs)))
-        wait();
-}
-
-void KinectStreamWorker::operator delete(KinectStreamWorker* worker, std::destroying_delete_t) {
-    worker->stop();
-    if (worker->wait(QDeadlineTimer(longestEndMs))) {
-        worker->~KinectStreamWorker();
-        ::operator delete(worker);
-        return;
-    }
-    qInfo() << "Qt Kinect streams: the sensor does not stop and is left to itself";
-    worker->disconnect();
-    worker->setParent(nullptr);
-    connect(worker, &QThread::finished, worker, &QObject::deleteLater);
-    if (worker->isFinished()) // since the wait, perhaps before the connection
-        worker->deleteLater();
-}
-
-void KinectStreamWorker::stop() {
-    {
-        const QMutexLocker lock(&stopMutex);
-        stopRequested = true;
-    }
-    requestInterruption();
+    endRun();
 }
 
 void KinectStreamWorker::run() {
@@ -132,7 +102,7 @@ void KinectStreamWorker::streamFrom(SensorSession& sensor) {
     firstFramesLogged = false;
     frameCount = 0;
     const FrameConverter converter;
-    while (!isInterruptionRequested() && !isStopRequested()) {
+    while (!isStopRequested()) {
         if (!sensor.wait(frameWait)) {
             Q_EMIT streamError(u"Kinect warning: timeout waiting for frame"_s);
             continue;
@@ -177,11 +147,6 @@ void KinectStreamWorker::handOver(const FrameSet& set) {
     if (!set.raw.depth_mm.isEmpty())
         Q_EMIT depthRawReady(set.raw.depth_mm, set.raw.width, set.raw.height);
     ++frameCount;
-}
-
-bool KinectStreamWorker::isStopRequested() {
-    const QMutexLocker lock(&stopMutex);
-    return stopRequested;
 }
 
 void KinectStreamWorker::countDrop() {

@@ -1,15 +1,12 @@
 #pragma once
 
 #include "app/rate_limit.h"
+#include "app/worker_thread.h"
 
 #include <QImage>
 #include <QList>
-#include <QMutex>
 #include <QSemaphore>
 #include <QString>
-#include <QThread>
-
-#include <new>
 
 class FrameConverter;
 class SensorSession;
@@ -17,21 +14,17 @@ class SensorSession;
 /// Owns the sensor for the life of one run: opens it, turns each synchronised frame set into three
 /// images and the raw depth, and reports by signals. It never throws.
 ///
-/// Contract:
-/// - start() begins a run, once. stop() is irreversible and may be called from any thread, before
-///   the start, twice, or after the end; a worker that was stopped before its start opens the
-///   sensor and leaves it at once.
+/// Contract, beside that of WorkerThread:
+/// - start() begins a run. A worker that was stopped before its start opens the sensor and leaves
+/// it
+///   at once.
 /// - A stop is noticed within one wait for a frame, at most 1000 ms. The sensor is stopped and
 ///   closed before "Kinect: stopped" is sent.
 /// - A run that could not start says why before it closes the sensor, and has nothing to say after
 ///   that. Exceptions of the sensor's library count as the failure of the step that they came from.
-/// - Deleting a worker stops it and takes 3000 ms at most. One that has not finished by then,
-///   because the sensor's library hangs, is let go: it has no parent and no receivers any more and
-///   deletes itself if its run ever ends. An object that was not made with new has no such way out,
-///   and its destructor waits for the end.
 /// - The object lives on the thread of its receivers. While that thread handles no events, at most
 ///   `maxUndelivered` frame sets wait for it; newer ones are dropped, counted and logged.
-class KinectStreamWorker : public QThread {
+class KinectStreamWorker : public WorkerThread {
     Q_OBJECT
 
 public:
@@ -40,12 +33,6 @@ public:
 
     explicit KinectStreamWorker(QObject* parent = nullptr);
     ~KinectStreamWorker() override;
-
-    /// What `delete` does: see the contract above.
-    static void operator delete(KinectStreamWorker* worker, std::destroying_delete_t);
-
-    /// Asks the run to end; does not wait.
-    void stop();
 
 Q_SIGNALS:
     /// One converted frame set: RGB888 images of the frames' own sizes. Those whose frame was
@@ -68,13 +55,8 @@ private:
     void streamFrom(SensorSession& sensor);
     static FrameSet convert(const SensorSession& sensor, const FrameConverter& converter);
     void handOver(const FrameSet& set);
-    bool isStopRequested();
     void countDrop();
     void reportDrops();
-
-    // Under the mutex.
-    QMutex stopMutex;
-    bool stopRequested = false;
 
     // Taken from by the run, given back to by the receivers' thread.
     QSemaphore room{maxUndelivered}; ///< How many more frame sets may wait for the receivers.

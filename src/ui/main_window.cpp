@@ -11,7 +11,6 @@
 #include "ui/stream_image_widget.h"
 #include "ui/stream_tiles.h"
 #include "ui/style_sheet.h"
-#include "ui/worker_release.h"
 #include "voice/speaker_hud.h"
 
 #include <QButtonGroup>
@@ -307,7 +306,7 @@ void MainWindow::startKinectWorker() {
 }
 
 void MainWindow::stopKinectWorker() {
-    releaseWorker(kinectWorker, this);
+    WorkerThread::release(std::exchange(kinectWorker, nullptr));
 }
 
 void MainWindow::startFaceWorker() {
@@ -321,7 +320,7 @@ void MainWindow::startFaceWorker() {
 }
 
 void MainWindow::stopFaceWorker() {
-    releaseWorker(faceWorker, this);
+    WorkerThread::release(std::exchange(faceWorker, nullptr));
 }
 
 void MainWindow::onStreamStatus(const QString& status) {

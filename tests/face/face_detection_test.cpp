@@ -231,17 +231,16 @@ void FaceDetectionTest::aStopEndsTheSearchBetweenDetectors() {
     Scripted frontal(cv::Rect(1, 2, 20, 20));
     Scripted profile(cv::Rect(50, 2, 20, 20));
     cv::Mat grey(400, 400, CV_8U, cv::Scalar(90));
-    int asked = 0;
-    const StopCheck afterFirst = [&asked] { return ++asked > 1; };
-    QCOMPARE(
-        detectFacesMulti(frontal.cascade, &profile.cascade, grey, Options(), afterFirst).size(),
-        1U);
+    std::stop_source stop;
+    frontal.seen->whenAsked = [&stop] { stop.request_stop(); };
+    const auto found =
+        detectFacesMulti(frontal.cascade, &profile.cascade, grey, Options(), stop.get_token());
+    QCOMPARE(found.size(), 1U);
     QVERIFY(profile.seen->images.empty());
     const QList<QRect> regions(5, QRect(0, 0, 200, 300));
-    QVERIFY(
-        detectFacesInBodyRegions(frontal.cascade, &profile.cascade, grey, Options(), regions, [] {
-            return true;
-        }).empty());
+    QVERIFY(detectFacesInBodyRegions(frontal.cascade, &profile.cascade, grey, Options(), regions,
+                                     stop.get_token())
+                .empty());
     QCOMPARE(frontal.seen->images.size(), 1U);
 }
 

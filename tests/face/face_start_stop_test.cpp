@@ -4,7 +4,6 @@
 #include "support/temporary_place.h"
 #include "synthetic_face.h"
 #include "ui/main_window.h"
-#include "ui/worker_release.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -76,7 +75,7 @@ void FaceStartStopTest::theWindowClosesAtAnyMoment() {
     window.reset();
     qInfo() << "closed after" << timer.elapsed() << "ms";
     QVERIFY(timer.elapsed() < 3000);
-    QVERIFY(!workersLetGoStillRun());
+    QVERIFY(!WorkerThread::anyLetGoStillRuns());
 }
 
 void FaceStartStopTest::aStopWhileTheModelIsWrittenLeavesNoFile() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <opencv2/objdetect.hpp>
 #include <utility>
@@ -12,6 +13,7 @@ public:
     struct Seen {
         std::vector<cv::Mat> images;
         std::vector<cv::Size> minSizes;
+        std::function<void()> whenAsked; ///< Called for each search, if set.
     };
     ScriptedDetector(std::shared_ptr<Seen> record, cv::Rect answer)
         : seen(std::move(record)), hit(answer) {}
@@ -22,6 +24,8 @@ public:
                           cv::Size minSize, cv::Size) override {
         seen->images.push_back(image.getMat().clone());
         seen->minSizes.push_back(minSize);
+        if (seen->whenAsked)
+            seen->whenAsked();
         hits.clear();
         if (!hit.empty())
             hits.push_back(hit);

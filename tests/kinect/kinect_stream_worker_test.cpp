@@ -65,7 +65,7 @@ public:
         connect(worker, &KinectStreamWorker::streamError, this,
                 [this](const QString& message) { texts.append(u"error "_s + message); });
     }
-    ~Stage() override { delete worker; }
+    ~Stage() override { WorkerThread::release(worker); }
 
     /// Stops the worker, waits for its end and takes what it still sent. Says how long it took.
     qint64 stopAndWait() {
@@ -135,10 +135,10 @@ private Q_SLOTS:
     void stopBeforeStartOpensAndLeavesAtOnce();
     void stopTwiceAndFromAnyThread();
     void stoppedIsSaidAfterTheSensorStopped();
-    void deletedAtAnyMoment_data();
-    void deletedAtAnyMoment();
+    void releasedAtAnyMoment_data();
+    void releasedAtAnyMoment();
     void automaticObjectWaitsForItsEnd();
-    void hangingSensorDoesNotHoldUpDelete();
+    void hangingSensorDoesNotHoldUpTheRelease();
     void stalledReceiverGetsABoundedBacklog();
     void receiverThatKeepsImagesGetsThemAll();
     void setsWithoutPicturesLeaveRoomForOthers();
@@ -372,7 +372,7 @@ void KinectStreamWorkerTest::stoppedIsSaidAfterTheSensorStopped() {
     QCOMPARE(stage.texts.last(), stopped);
 }
 
-void KinectStreamWorkerTest::deletedAtAnyMoment_data() {
+void KinectStreamWorkerTest::releasedAtAnyMoment_data() {
     QTest::addColumn<QByteArray>("faults");
     QTest::addColumn<QString>("awaited");
     QTest::newRow("never started") << QByteArray() << QString();
@@ -383,7 +383,7 @@ void KinectStreamWorkerTest::deletedAtAnyMoment_data() {
     QTest::newRow("while silent") << QByteArray("silent") << streaming;
 }
 
-void KinectStreamWorkerTest::deletedAtAnyMoment() {
+void KinectStreamWorkerTest::releasedAtAnyMoment() {
     QFETCH(QByteArray, faults);
     QFETCH(QString, awaited);
     Stage stage(faults);
@@ -393,7 +393,7 @@ void KinectStreamWorkerTest::deletedAtAnyMoment() {
         QTRY_VERIFY(stage.texts.contains(awaited));
     QElapsedTimer timer;
     timer.start();
-    delete stage.worker;
+    WorkerThread::release(stage.worker);
     QVERIFY2(timer.elapsed() < 1000 + slackMs, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(stage.worker.isNull());
     QCOMPARE(log->warnings(), QStringList());
@@ -414,7 +414,7 @@ void KinectStreamWorkerTest::automaticObjectWaitsForItsEnd() {
     QCOMPARE(log->lines().last(), u"Qt Kinect streams stopped after frames %1"_s.arg(sets));
 }
 
-void KinectStreamWorkerTest::hangingSensorDoesNotHoldUpDelete() {
+void KinectStreamWorkerTest::hangingSensorDoesNotHoldUpTheRelease() {
     QPointer<KinectStreamWorker> worker;
     QElapsedTimer timer;
     {
@@ -423,7 +423,7 @@ void KinectStreamWorkerTest::hangingSensorDoesNotHoldUpDelete() {
         worker->start();
         QTRY_VERIFY(stage.texts.contains(live));
         timer.start();
-    } // as a parent's end deletes it
+    } // releases it
     const qint64 took = timer.elapsed();
     QVERIFY2(took >= 2900 && took < 3000 + slackMs, qPrintable(QString::number(took)));
     QVERIFY(worker); // let go, not destroyed while it runs

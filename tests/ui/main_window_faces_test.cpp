@@ -6,7 +6,6 @@
 #include "support/log_capture.h"
 #include "ui/main_window.h"
 #include "ui/stream_image_widget.h"
-#include "ui/worker_release.h"
 
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
@@ -165,7 +164,7 @@ void MainWindowFacesTest::theFaceWorkerIsStoppedFirst() {
     connect(kinect, &QObject::destroyed, this, [&order] { order.append(u"kinect"_s); });
     live.window.reset();
     QCOMPARE(order, (QStringList{u"face"_s, u"kinect"_s}));
-    QVERIFY(!workersLetGoStillRun());
+    QVERIFY(!WorkerThread::anyLetGoStillRuns());
 }
 
 void MainWindowFacesTest::closingSoonEndsCleanly_data() {

@@ -6,7 +6,6 @@
 #include "ui/main_window.h"
 #include "ui/stream_image_widget.h"
 #include "ui/stream_tiles.h"
-#include "ui/worker_release.h"
 #include "virtual_kinect/recording_folder.h"
 
 #include <QElapsedTimer>
@@ -262,7 +261,7 @@ void MainWindowWorkerTest::closingAtAnyMomentEndsTheWorker() {
             QTest::qWait(afterMs);
     }
     QVERIFY(!worker);
-    QVERIFY(!workersLetGoStillRun());
+    QVERIFY(!WorkerThread::anyLetGoStillRuns());
     for (const QString& line : log.warnings())
         QVERIFY2(!line.contains(u"QThread"_s), qPrintable(line));
 }
@@ -281,9 +280,9 @@ void MainWindowWorkerTest::closingWhileTheSensorHangsLetsTheWorkerGo() {
     window.reset();
     QVERIFY2(closing.elapsed() < 4300, qPrintable(QString::number(closing.elapsed())));
     QVERIFY(worker && worker->isRunning());
-    QVERIFY(workersLetGoStillRun());
+    QVERIFY(WorkerThread::anyLetGoStillRuns());
     QTRY_VERIFY_WITH_TIMEOUT(!worker, 10000);
-    QVERIFY(!workersLetGoStillRun());
+    QVERIFY(!WorkerThread::anyLetGoStillRuns());
     QVERIFY(log.linesStartingWith(u"QThread"_s).isEmpty());
 }
 
