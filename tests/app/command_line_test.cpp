@@ -21,6 +21,8 @@ private Q_SLOTS:
     void theFirstOccurrenceOfAValuedSwitchCounts();
     void otherSpellingsAreIgnored_data();
     void otherSpellingsAreIgnored();
+    void upperCaseSpellingsAreIgnored_data();
+    void upperCaseSpellingsAreIgnored();
 };
 
 namespace {
@@ -138,6 +140,27 @@ void CommandLineTest::otherSpellingsAreIgnored_data() {
 void CommandLineTest::otherSpellingsAreIgnored() {
     QFETCH(QString, name);
     QCOMPARE(choices(parse({name})), u"00000"_s);
+}
+
+void CommandLineTest::upperCaseSpellingsAreIgnored_data() {
+    QTest::addColumn<QString>("name");
+    for (const char* name :
+         {"--layout-debug", "--mock", "--no-kinect", "--demo-ui", "--demo-speaker-lights",
+          "--invert-audio-direction", "--person-lost-ms", "--auto-quit-ms"})
+        QTest::newRow(name) << QString::fromLatin1(name);
+}
+
+void CommandLineTest::upperCaseSpellingsAreIgnored() {
+    QFETCH(QString, name);
+    const auto isDefault = [](const CommandLine& line) {
+        return choices(line) == u"00000"_s && line.personLostMs == 5000 && line.autoQuitMs == 0;
+    };
+    const QString value = u"1234"_s; // of the switches that have one
+    QVERIFY(!isDefault(parse({name, value})));
+    QVERIFY(isDefault(parse({name.toUpper(), value})));
+    QString firstLetter = name;
+    firstLetter[2] = firstLetter.at(2).toUpper();
+    QVERIFY(isDefault(parse({firstLetter, value})));
 }
 
 QTEST_APPLESS_MAIN(CommandLineTest)
