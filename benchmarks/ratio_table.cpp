@@ -71,7 +71,7 @@ void registerSide(const RatioRow& row, const char* side,
                                              once();
                                      })
             ->MeasureProcessCPUTime()
-            ->Unit(benchmark::nanosecond);
+            ->Unit(benchmark::kNanosecond);
     if (row.repetitions > 0)
         registered->Repetitions(row.repetitions);
 }

@@ -7,7 +7,7 @@
 /// The inner loops of the frame conversion. They are compiled several times, for different
 /// instruction sets, and all of those give the same bytes. Source pixels need no alignment.
 
-/// How infrared values become grey: see infraredImage().
+/// How infrared values become grey: see FrameConverter::infrared().
 struct InfraredScale {
     double minimum = 0.0;
     double maximum = 0.0; ///< Values above it give range * scale.

@@ -97,10 +97,10 @@ void KinectStreamWorker::run() {
 }
 
 void KinectStreamWorker::streamFrom(SensorSession& sensor) {
-    const QString serialNumber = QString::fromStdString(sensor.device().getSerialNumber());
-    Q_EMIT statusChanged(u"Kinect: streaming RGB/IR/Depth from "_s + serialNumber);
     firstFramesLogged = false;
     frameCount = 0;
+    const QString serialNumber = QString::fromStdString(sensor.device().getSerialNumber());
+    Q_EMIT statusChanged(u"Kinect: streaming RGB/IR/Depth from "_s + serialNumber);
     const FrameConverter converter;
     while (!isStopRequested()) {
         if (!sensor.wait(frameWait)) {
