@@ -1,5 +1,7 @@
 #include "frames/picture_pool.h"
 
+#include <algorithm>
+#include <cstring>
 #include <limits>
 #include <mutex>
 #include <new>
@@ -21,6 +23,16 @@ int bytesPerPixel(QImage::Format format) {
     default:
         return 0;
     }
+}
+
+/// Whether nobody but the pool holds the list any more, on any thread.
+bool isReleased(const QList<float>& list) {
+    if (!list.isDetached())
+        return false;
+    // isDetached() only looks at the count. Counting this copy up and down also orders whatever the
+    // last other holder did with the list before what is done with it next.
+    [[maybe_unused]] const QList<float> counted = list;
+    return true;
 }
 
 } // namespace
@@ -72,6 +84,30 @@ struct PicturePool::State {
         }
     }
 
+    /// A list of that length that nobody else holds; empty if there is none.
+    QList<float> takeList(qsizetype count) {
+        const std::lock_guard lock(mutex);
+        const auto list = std::find_if(lists.begin(), lists.end(), [count](const auto& candidate) {
+            return candidate.size() == count && isReleased(candidate);
+        });
+        QList<float> found;
+        if (list != lists.end()) {
+            found = std::move(*list);
+            lists.erase(list);
+        }
+        return found;
+    }
+
+    void keepList(const QList<float>& list) {
+        QList<float> oldest; // let go after the lock
+        const std::lock_guard lock(mutex);
+        lists.push_back(list);
+        if (lists.size() > maxLists) {
+            oldest = std::move(lists.front());
+            lists.erase(lists.begin());
+        }
+    }
+
     /// QImageCleanupFunction: the last copy of a picture is gone.
     static void endLoan(void* info) {
         const std::unique_ptr<Loan> loan(static_cast<Loan*>(info));
@@ -82,6 +118,7 @@ struct PicturePool::State {
     // Under the mutex:
     std::vector<Block> idle; ///< In the order of their return.
     quint64 takes = 0;
+    std::vector<QList<float>> lists; ///< The newest that were made, oldest first.
 };
 
 PicturePool::PicturePool() : state(std::make_shared<State>()) {}
@@ -108,6 +145,15 @@ QImage PicturePool::take(const QSize& size, QImage::Format format) {
     if (!picture.isNull())
         static_cast<void>(loan.release()); // the picture ends it
     return picture;
+}
+
+QList<float> PicturePool::listOf(const void* source, qsizetype count) {
+    QList<float> list = state->takeList(count);
+    if (list.isEmpty())
+        list.resize(count);
+    std::memcpy(list.data(), source, static_cast<std::size_t>(count) * sizeof(float));
+    state->keepList(list);
+    return list;
 }
 
 int PicturePool::idle() const {

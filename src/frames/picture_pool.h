@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QImage>
+#include <QList>
 #include <QSize>
 
+#include <cstddef>
 #include <memory>
 
 /// Memory for pictures that is used again. A video makes pictures of the same few sizes thirty
@@ -36,6 +38,12 @@ public:
     /// its content is undefined. Null for other formats, if a side is less than 1, if QImage cannot
     /// hold that size, or if there is no memory for it.
     QImage take(const QSize& size, QImage::Format format);
+
+    /// A list of `count` floats, copied from `source`, which needs no alignment. Unlike a picture a
+    /// list cannot tell its pool when nobody holds it any more: the pool keeps the newest
+    /// `maxLists` that it made, and uses again one of that length that nobody else holds.
+    QList<float> listOf(const void* source, qsizetype count);
+    static constexpr std::size_t maxLists = 4;
 
     /// How many blocks of memory wait to be used again.
     int idle() const;

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <optional>
 
@@ -126,7 +125,6 @@ QImage FrameConverter::depth(const FrameView& frame) const {
 QList<float> FrameConverter::rawDepth(const FrameView& frame) const {
     if (!isUsable(frame))
         return {};
-    QList<float> values(static_cast<qsizetype>(frame.width * frame.height));
-    std::memcpy(values.data(), frame.data, frame.width * frame.height * sizeof(float));
-    return values;
+    return PicturePool::shared().listOf(frame.data,
+                                        static_cast<qsizetype>(frame.width * frame.height));
 }

@@ -1,8 +1,11 @@
 #include "frames/picture_pool.h"
 
 #include <QTest>
+#include <algorithm>
+#include <array>
 #include <limits>
 #include <thread>
+#include <vector>
 
 /// Memory for pictures, used again.
 class PicturePoolTest : public QObject {
@@ -18,6 +21,9 @@ private Q_SLOTS:
     void picturesOutliveTheirPool();
     void sizesAndFormatsWithoutPixelsAreRefused();
     void picturesMayEndOnAnyThread();
+    void listsAreCopies();
+    void aListThatSomebodyHoldsIsNotWrittenAgain();
+    void listsAreUsedAgain();
 };
 
 void PicturePoolTest::aPictureHasTheSizeAndFormatAskedFor_data() {
@@ -120,6 +126,45 @@ void PicturePoolTest::picturesMayEndOnAnyThread() {
     use(20);
     other.join();
     QVERIFY(pool.idle() >= 1);
+}
+
+void PicturePoolTest::listsAreCopies() {
+    PicturePool pool;
+    const std::array<float, 3> values{1.0F, 2.0F, 3.0F};
+    const auto* bytes = reinterpret_cast<const char*>(values.data());
+    std::vector<char> unaligned(1 + sizeof(values));
+    std::copy_n(bytes, sizeof(values), unaligned.data() + 1);
+    QCOMPARE(pool.listOf(unaligned.data() + 1, 3), (QList<float>{1.0F, 2.0F, 3.0F}));
+    QCOMPARE(pool.listOf(values.data(), 2), (QList<float>{1.0F, 2.0F}));
+}
+
+void PicturePoolTest::aListThatSomebodyHoldsIsNotWrittenAgain() {
+    PicturePool pool;
+    QList<QList<float>> held;
+    QList<QList<float>> expected;
+    for (int i = 0; i < 20; ++i) {
+        expected.append(QList<float>{float(i), 2.0F});
+        held.append(pool.listOf(expected.last().constData(), 2));
+    }
+    QCOMPARE(held, expected);
+    // Nor one whose holder writes to it: it gets a copy.
+    QList<float> written = pool.listOf(expected.first().constData(), 2);
+    const QList<float> seen = written;
+    written[0] = 99.0F;
+    QCOMPARE(seen, expected.first());
+}
+
+void PicturePoolTest::listsAreUsedAgain() {
+    PicturePool pool;
+    const std::vector<float> values(100, 1.0F);
+    QList<float> list = pool.listOf(values.data(), 100);
+    QList<float> copy = list;
+    const float* const first = list.constData();
+    list = pool.listOf(values.data(), 100);
+    QVERIFY(list.constData() != first); // the copy still holds it
+    copy.clear();
+    QCOMPARE(pool.listOf(values.data(), 100).constData(), first);
+    QCOMPARE(pool.listOf(values.data(), 50).size(), 50);
 }
 
 QTEST_APPLESS_MAIN(PicturePoolTest)
