@@ -14,11 +14,15 @@ if(LUMENO_SANITIZE)
   target_link_options(lumeno_options INTERFACE -fsanitize=${LUMENO_SANITIZE})
 endif()
 
-# lumeno_library(<name> SOURCES <file>... [LIBRARIES <target>...])
+# lumeno_library(<name> SOURCES <file>... [LIBRARIES <target>...] [PRIVATE_LIBRARIES <target>...])
+#
+# LIBRARIES are those whose names appear in its headers, PRIVATE_LIBRARIES those that only its sources
+# use.
 function(lumeno_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;PRIVATE_LIBRARIES")
   add_library(${name} STATIC ${arg_SOURCES})
-  target_link_libraries(${name} PUBLIC lumeno_options ${arg_LIBRARIES})
+  target_link_libraries(${name}
+    PUBLIC lumeno_options ${arg_LIBRARIES} PRIVATE ${arg_PRIVATE_LIBRARIES})
 endfunction()
 
 # lumeno_tool(<name> SOURCES <file>... [LIBRARIES <target>...])
