@@ -71,7 +71,6 @@ void addFolderDamages() {
     const auto removing = [](const QString& what) {
         return [what](const RecordingFolder& folder) { folder.remove(what); };
     };
-    row("no colour folder", u"color is missing"_s, removing(u"color"_s));
     row("no depth folder", u"depth is missing"_s, removing(u"depth"_s));
     row("a colour picture less", u"color has no image for"_s, removing(u"color/2.png"_s));
     row("a depth picture less", u"depth has no image for"_s, removing(u"depth/0.png"_s));
@@ -146,6 +145,18 @@ void addPictureDamages() {
             folder.write(u"color/1.jpg"_s, RecordingFolder::color(1));
             folder.cut(u"color/1.jpg"_s, 30);
         });
+    const auto calibrated = [](const QByteArray& text) {
+        return [text](const RecordingFolder& folder) {
+            folder.writeText(u"calibration.json"_s, text);
+        };
+    };
+    row("a calibration that is no JSON", u"calibration.json cannot be read"_s,
+        calibrated("some words"));
+    row("an empty calibration", u"calibration.json cannot be read"_s, calibrated(""));
+    row("a calibration without a camera", u"it has no values of the infrared camera"_s,
+        calibrated("{\"color\": {\"fx\": 1, \"fy\": 1}}"));
+    row("a camera without a focal length", u"fy of the colour camera is no focal length"_s,
+        calibrated("{\"ir\": {\"fx\": 1, \"fy\": 1}, \"color\": {\"fx\": 1}}"));
     row("neither PNG nor JPEG", u"color/0.png is neither PNG nor JPEG"_s,
         [](const RecordingFolder& folder) {
             folder.writeText(u"color/0.png"_s, "just some words");
@@ -191,7 +202,6 @@ void BrokenRecordingTest::brokenTimesAreNoDeviceAndOneLine_data() {
     QTest::newRow("a word") << QByteArray("0,0\n1,soon\n") << noNumbers + u'2';
     QTest::newRow("no time") << QByteArray("0,0\n1\n") << noNumbers + u'2';
     QTest::newRow("an empty time") << QByteArray("0,\n1,5\n") << noNumbers + u'1';
-    QTest::newRow("a third column") << QByteArray("0,0,0\n1,5,0\n") << noNumbers + u'1';
     QTest::newRow("two headings") << QByteArray("a\nb\n0,0\n1,5\n") << noNumbers + u'2';
     QTest::newRow("not a number") << QByteArray("0,0\n1,nan\n") << noNumbers + u'2';
     QTest::newRow("infinite") << QByteArray("0,0\n1,inf\n") << noNumbers + u'2';

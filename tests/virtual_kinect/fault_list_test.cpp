@@ -10,6 +10,7 @@ using libfreenect2::Frame;
 using virtual_kinect::Faults;
 using virtual_kinect::FrameFault;
 using virtual_kinect::parseFaults;
+using virtual_kinect::Replay;
 
 class FaultListTest : public QObject {
     Q_OBJECT
@@ -20,6 +21,7 @@ private Q_SLOTS:
     void deviceFaults();
     void frameFaultsHoldForTheirStreamsAndFrames_data();
     void frameFaultsHoldForTheirStreamsAndFrames();
+    void replayWordsStandBesideTheFaults();
     void severalFaultsHoldAtOnce();
     void whatIsNoFaultIsNamedAndLeftOut_data();
     void whatIsNoFaultIsNamedAndLeftOut();
@@ -119,6 +121,14 @@ void FaultListTest::frameFaultsHoldForTheirStreamsAndFrames() {
         }
 }
 
+void FaultListTest::replayWordsStandBesideTheFaults() {
+    QCOMPARE(parse("busy").replay, Replay{});
+    QCOMPARE(parse("once").replay, (Replay{true, 0, 1}));
+    QCOMPARE(parse("start=12.5,silent").replay, (Replay{false, 12.5, 1}));
+    QCOMPARE(parse("speed=0.25, once").replay, (Replay{true, 0, 0.25}));
+    QCOMPARE(parse("speed=2,start=3,speed=4").replay, (Replay{false, 3, 4}));
+}
+
 void FaultListTest::severalFaultsHoldAtOnce() {
     const Faults faults = parse(" silent@10-20 ,silent@30-40, null-data=color@15,slow-stop=5");
     QVERIFY(faults.holds(FrameFault::Missing, depth, 15));
@@ -132,6 +142,18 @@ void FaultListTest::whatIsNoFaultIsNamedAndLeftOut_data() {
     QTest::addColumn<QByteArray>("word");
     for (const char* word : {"bussy",
                              "BUSY",
+                             "once=1",
+                             "once@3",
+                             "start",
+                             "start=-1",
+                             "start=1e9",
+                             "start=2s",
+                             "start=nan",
+                             "speed",
+                             "speed=0",
+                             "speed=-1",
+                             "speed=1000",
+                             "speed=2@5",
                              "busy=1",
                              "busy@3",
                              "start-fails=yes",

@@ -20,6 +20,8 @@ private Q_SLOTS:
     void timesComeFromTheFile_data();
     void timesComeFromTheFile();
     void withoutInfraredPicturesItIsAllZero();
+    void withoutColourPicturesItIsBlackAndOfASensorsSize();
+    void theCalibrationComesFromTheFile();
     void numbersAreComparedAsNumbers();
     void colorMayBeJpeg();
     void otherFilesDoNotMatter();
@@ -91,6 +93,8 @@ void RecordingTest::timesComeFromTheFile_data() {
     QTest::addColumn<QByteArray>("text");
     QTest::newRow("plain") << QByteArray("0,5000\n1,5010\n2,5040.5\n");
     QTest::newRow("heading") << QByteArray("number,milliseconds\n0,0\n1,10\n2,40.5\n");
+    QTest::newRow("further columns")
+        << QByteArray("number,milliseconds,color_milliseconds\n0,0,1\n1,10, 8.5\n2,40.5,\n");
     QTest::newRow("blanks, other line ends, no last one")
         << QByteArray(" 0 , 0\r\n\r\n1\t,10\r\n 2,  40.5");
     QTest::newRow("any order") << QByteArray("2,40.5\n0,0\n1,10\n");
@@ -114,6 +118,32 @@ void RecordingTest::withoutInfraredPicturesItIsAllZero() {
     const RecordingFolder folder(2);
     folder.remove(u"ir"_s);
     QCOMPARE(frame(*play(folder), 1).infrared, std::vector<float>(12, 0.0F));
+}
+
+void RecordingTest::withoutColourPicturesItIsBlackAndOfASensorsSize() {
+    const RecordingFolder folder(2);
+    folder.remove(u"color"_s);
+    const FrameSet set = frame(*play(folder), 1);
+    QCOMPARE(set.colorWidth, 1920);
+    QCOMPARE(set.colorHeight, 1080);
+    QCOMPARE(set.bgrx, std::vector<std::uint8_t>(std::size_t{1920} * 1080 * 4, 0));
+    QCOMPARE(set.depth, std::vector<float>(12, 1001.0F));
+}
+
+void RecordingTest::theCalibrationComesFromTheFile() {
+    const RecordingFolder folder(1);
+    QCOMPARE(play(folder)->calibration().infrared.at("fx"), 365.5F); // a typical sensor's
+    folder.writeText(
+        u"calibration.json"_s,
+        "{\"serial\": \"7\", \"mirrored\": false, \"ir\": {\"fx\": 366, \"fy\": 367.5, "
+        "\"k1\": -0.25}, \"color\": {\"fx\": 1000, \"fy\": 1001, \"mx_x3y0\": 1e-3}}");
+    const virtual_kinect::Calibration calibration = play(folder)->calibration();
+    QCOMPARE(calibration.infrared.at("fx"), 366.0F);
+    QCOMPARE(calibration.infrared.at("fy"), 367.5F);
+    QCOMPARE(calibration.infrared.at("k1"), -0.25F);
+    QCOMPARE(calibration.color.at("mx_x3y0"), 1e-3F);
+    QCOMPARE(calibration.serial, std::string("7"));
+    QVERIFY(!calibration.mirrored);
 }
 
 void RecordingTest::numbersAreComparedAsNumbers() {

@@ -7,13 +7,13 @@
 
 namespace virtual_kinect {
 
-std::unique_ptr<FrameSource> makeAttachedSource(const std::string& wanted) {
+std::unique_ptr<FrameSource> makeAttachedSource(const std::string& wanted, const Replay& replay) {
     try {
         if (wanted.empty())
             return nullptr;
         if (wanted == "room")
-            return makeRoomSource();
-        return makeRecordingSource(wanted);
+            return makeReplayedSource(makeRoomSource(), replay);
+        return makeReplayedSource(makeRecordingSource(wanted), replay);
     } catch (const std::exception& error) {
         log(libfreenect2::Logger::Error,
             "\"" + wanted + "\" cannot be shown: " + std::string(error.what()));

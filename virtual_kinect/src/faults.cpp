@@ -17,6 +17,10 @@ constexpr unsigned int allStreams = Frame::Color | Frame::Ir | Frame::Depth;
 constexpr std::uint64_t maxStepMs = 60'000;
 /// Two seconds of frames; depth that is later than that is a typing error.
 constexpr std::uint64_t maxDepthLate = 60;
+/// A day; recordings of one are rare, and numbers beyond it typing errors.
+constexpr double maxStart_s = 86'400;
+constexpr double minSpeed = 0.01;
+constexpr double maxSpeed = 100;
 
 /// One entry of the list, "name", "name=value", "name@first" or "name=value@first-last".
 struct Entry {
@@ -50,6 +54,19 @@ std::optional<std::uint64_t> readNumber(std::string_view text) {
     std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return number;
+}
+
+/// A number with or without a fraction between two limits.
+std::optional<double> readFraction(const std::optional<std::string_view>& text, double min,
+                                   double max) {
+    double number = 0;
+    if (!text)
+        return std::nullopt;
+    const auto [end, error] = std::from_chars(text->data(), text->data() + text->size(), number);
+    if (error != std::errc() || end != text->data() + text->size() || !(number >= min) ||
+        !(number <= max))
         return std::nullopt;
     return number;
 }
@@ -171,6 +188,27 @@ bool addFrameFault(const Entry& entry, Faults& faults) {
     return true;
 }
 
+/// How frames are played. Returns false when the entry is no word for that.
+bool addReplayWord(const Entry& entry, Replay& replay) {
+    if (entry.frames)
+        return false;
+    if (entry.name == "once" && !entry.value) {
+        replay.once = true;
+        return true;
+    }
+    if (entry.name == "start") {
+        const auto seconds = readFraction(entry.value, 0, maxStart_s);
+        replay.start_s = seconds.value_or(replay.start_s);
+        return seconds.has_value();
+    }
+    if (entry.name == "speed") {
+        const auto speed = readFraction(entry.value, minSpeed, maxSpeed);
+        replay.speed = speed.value_or(replay.speed);
+        return speed.has_value();
+    }
+    return false;
+}
+
 } // namespace
 
 bool Faults::holds(FrameFault::Kind kind, unsigned int stream, std::uint64_t number) const {
@@ -187,7 +225,8 @@ Faults parseFaults(std::string_view list, std::vector<std::string>& complaints) 
         const std::string text(trimmed(list.substr(0, comma)));
         list = comma == std::string_view::npos ? std::string_view() : list.substr(comma + 1);
         const Entry entry = splitEntry(text);
-        if (!text.empty() && !addDeviceFault(entry, faults) && !addFrameFault(entry, faults))
+        if (!text.empty() && !addDeviceFault(entry, faults) && !addFrameFault(entry, faults) &&
+            !addReplayWord(entry, faults.replay))
             complaints.push_back("\"" + text + "\" is not a fault and is left out");
     }
     return faults;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "replay.h"
+
 #include <chrono>
 #include <cstdint>
 #include <limits>
@@ -37,6 +39,7 @@ struct Faults {
     std::optional<std::uint64_t> unpluggedAt;
     std::uint64_t depthLate = 0; ///< How many frames infrared and depth come after colour.
     std::vector<FrameFault> frames;
+    Replay replay; ///< no fault, but named in the same list
 
     /// Whether a fault of this kind holds for a stream's frame `number`.
     bool holds(FrameFault::Kind kind, unsigned int stream, std::uint64_t number) const;

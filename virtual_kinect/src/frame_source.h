@@ -1,5 +1,7 @@
 #pragma once
 
+#include "calibration_file.h"
+
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -26,6 +28,12 @@ public:
     virtual ~FrameSource() = default;
 
     virtual std::string serialNumber() const = 0;
+    /// How its cameras see; typical values where that is not known.
+    virtual Calibration calibration() const = 0;
+    /// After so many frames what is shown begins again.
+    virtual std::uint64_t framesInARound() const = 0;
+    /// Whether nothing is shown from frame `number` on.
+    virtual bool ends(std::uint64_t /*number*/) const { return false; }
     /// When frame `number` is due, counted from the start of the streams; rises with the number.
     virtual std::chrono::microseconds timeOf(std::uint64_t number) const = 0;
     /// Fills `out` wholly with frame `number`, using its buffers again; they may hold anything

@@ -88,10 +88,12 @@ Freenect2::~Freenect2() {
 int Freenect2::enumerateDevices() {
     log(Logger::Info, "enumerating devices...");
     impl_->attached.reset();
-    if (!*impl_->unplugged)
-        impl_->attached = virtual_kinect::makeAttachedSource(environment("LUMENO_VIRTUAL_KINECT"));
-    if (impl_->attached) {
+    const std::string wanted = environment("LUMENO_VIRTUAL_KINECT");
+    if (!wanted.empty() && !*impl_->unplugged) {
         impl_->faults = wantedFaults();
+        impl_->attached = virtual_kinect::makeAttachedSource(wanted, impl_->faults.replay);
+    }
+    if (impl_->attached) {
         if (impl_->faults.noPermission) {
             log(Logger::Error, "cannot look at the device: no-permission is among the faults");
             impl_->attached.reset();

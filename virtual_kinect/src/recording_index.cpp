@@ -22,6 +22,8 @@ using std::chrono::microseconds;
 using Numbered = std::map<std::uint64_t, fs::path>;
 
 constexpr std::int64_t framesPerSecond = 30;
+constexpr int sensorColorWidth = 1920;
+constexpr int sensorColorHeight = 1080;
 /// Some four months: far beyond any recording, far below where clocks overflow.
 constexpr double longestMs = 1e10;
 constexpr std::uintmax_t largestTimesFile = 64 << 20;
@@ -66,6 +68,17 @@ void requireSameNumbers(const Numbered& some, const Numbered& others, const fs::
             fail(folder.string() + " has no image for " + path.string());
 }
 
+/// The images of a folder beside the depth images, with the same numbers; none without the folder.
+Numbered listImagesBeside(const Numbered& depths, const fs::path& place, const char* name) {
+    const fs::path folder = place / name;
+    if (!fs::exists(folder))
+        return {};
+    Numbered images = listImages(folder);
+    requireSameNumbers(depths, images, folder);
+    requireSameNumbers(images, depths, place / "depth");
+    return images;
+}
+
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     const auto from = text.find_first_not_of(blanks);
@@ -74,7 +87,8 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(from, text.find_last_not_of(blanks) - from + 1);
 }
 
-/// "number, milliseconds" in each line; a first line that begins with a letter is a heading.
+/// "number, milliseconds" in each line, perhaps followed by more; a first line that begins with a
+/// letter is a heading.
 std::map<std::uint64_t, double> readTimes(const fs::path& file) {
     if (!fs::is_regular_file(file) || fs::file_size(file) > largestTimesFile)
         fail(file.string() + " cannot be read");
@@ -88,9 +102,9 @@ std::map<std::uint64_t, double> readTimes(const fs::path& file) {
             continue;
         const auto comma = line.find(',');
         const auto number = readNumber<std::uint64_t>(trimmed(line.substr(0, comma)));
-        const auto time = comma == std::string_view::npos
-                              ? std::nullopt
-                              : readNumber<double>(trimmed(line.substr(comma + 1)));
+        const std::string_view rest =
+            comma == std::string_view::npos ? std::string_view() : line.substr(comma + 1);
+        const auto time = readNumber<double>(trimmed(rest.substr(0, rest.find(','))));
         if (!number || !time || !std::isfinite(*time) || !times.emplace(*number, *time).second)
             fail(file.string() + " has no usable number and time in line " +
                  std::to_string(lineNumber));
@@ -100,15 +114,15 @@ std::map<std::uint64_t, double> readTimes(const fs::path& file) {
     return times;
 }
 
-void setTimesFromFile(RecordingIndex& index, const Numbered& colors, const fs::path& file) {
+void setTimesFromFile(RecordingIndex& index, const Numbered& depths, const fs::path& file) {
     const auto times = readTimes(file);
-    if (times.size() != colors.size())
+    if (times.size() != depths.size())
         fail(file.string() + " does not have one time for each image");
     const double first = times.begin()->second;
     auto time = times.begin();
     for (std::size_t at = 0; at < index.moments.size(); ++at, ++time) {
         const double sinceFirst = time->second - first;
-        if (!colors.contains(time->first))
+        if (!depths.contains(time->first))
             fail(file.string() + " has a time without an image: " + std::to_string(time->first));
         if (sinceFirst > longestMs)
             fail(file.string() + " spans more than four months");
@@ -162,33 +176,34 @@ RecordingIndex readRecordingIndex(const fs::path& folder) {
     index.name = folderName(folder);
     // Pictures are read while the recording plays, when the working folder may be another.
     const fs::path place = fs::absolute(folder);
-    for (const char* part : {"color", "depth"})
-        if (!fs::is_directory(place / part))
-            fail((place / part).string() + " is missing");
-    const Numbered colors = listImages(place / "color");
+    if (!fs::is_directory(place / "depth"))
+        fail((place / "depth").string() + " is missing");
     const Numbered depths = listImages(place / "depth");
-    requireSameNumbers(colors, depths, place / "depth");
-    requireSameNumbers(depths, colors, place / "color");
-    Numbered infrareds;
-    if (fs::exists(place / "ir")) {
-        infrareds = listImages(place / "ir");
-        requireSameNumbers(colors, infrareds, place / "ir");
-        requireSameNumbers(infrareds, colors, place / "color");
-    }
-    for (const auto& [number, color] : colors) {
+    const Numbered colors = listImagesBeside(depths, place, "color");
+    const Numbered infrareds = listImagesBeside(depths, place, "ir");
+    for (const auto& [number, depth] : depths) {
         RecordedMoment moment;
-        moment.color = color;
-        moment.depth = depths.at(number);
-        requireSize(moment.color, false, index.colorWidth, index.colorHeight);
+        moment.depth = depth;
         requireSize(moment.depth, true, index.depthWidth, index.depthHeight);
+        if (!colors.empty()) {
+            moment.color = colors.at(number);
+            requireSize(moment.color, false, index.colorWidth, index.colorHeight);
+        }
         if (!infrareds.empty()) {
             moment.infrared = infrareds.at(number);
             requireSize(moment.infrared, true, index.depthWidth, index.depthHeight);
         }
         index.moments.push_back(std::move(moment));
     }
+    if (colors.empty()) {
+        index.colorWidth = sensorColorWidth;
+        index.colorHeight = sensorColorHeight;
+    }
+    const fs::path calibration = place / "calibration.json";
+    index.calibration =
+        fs::exists(calibration) ? readCalibration(calibration) : typicalCalibration();
     if (fs::exists(place / "timestamps.csv"))
-        setTimesFromFile(index, colors, place / "timestamps.csv");
+        setTimesFromFile(index, depths, place / "timestamps.csv");
     else
         setSteadyTimes(index);
     return index;

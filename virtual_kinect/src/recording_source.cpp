@@ -5,6 +5,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include <algorithm>
 #include <optional>
 #include <stdexcept>
 
@@ -39,6 +40,8 @@ public:
     }
 
     std::string serialNumber() const override { return "recording-" + index.name; }
+    Calibration calibration() const override { return index.calibration; }
+    std::uint64_t framesInARound() const override { return index.moments.size(); }
 
     std::chrono::microseconds timeOf(std::uint64_t number) const override {
         const auto rounds = static_cast<std::int64_t>(number / index.moments.size());
@@ -70,10 +73,14 @@ private:
         out.depthHeight = depthSize.height;
         out.bgrx.resize(static_cast<std::size_t>(colorSize.area()) * 4);
         out.depth.resize(static_cast<std::size_t>(depthSize.area()));
-        const cv::Mat color = decode(moment.color, cv::IMREAD_COLOR | cv::IMREAD_IGNORE_ORIENTATION,
-                                     CV_8UC3, colorSize);
-        cv::Mat pixels(colorSize, CV_8UC4, out.bgrx.data());
-        cv::cvtColor(color, pixels, cv::COLOR_BGR2BGRA);
+        if (moment.color.empty()) {
+            std::fill(out.bgrx.begin(), out.bgrx.end(), std::uint8_t{0});
+        } else {
+            const cv::Mat color = decode(
+                moment.color, cv::IMREAD_COLOR | cv::IMREAD_IGNORE_ORIENTATION, CV_8UC3, colorSize);
+            cv::Mat pixels(colorSize, CV_8UC4, out.bgrx.data());
+            cv::cvtColor(color, pixels, cv::COLOR_BGR2BGRA);
+        }
         readFloats(moment.depth, depthSize, out.depth);
         out.infrared.assign(out.depth.size(), 0.0F);
         if (!moment.infrared.empty())

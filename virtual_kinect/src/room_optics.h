@@ -1,5 +1,7 @@
 #pragma once
 
+#include "calibration_file.h"
+
 #include <opencv2/core.hpp>
 
 #include <algorithm>
@@ -22,6 +24,29 @@ constexpr double sensorHeight_m = 1.4;
 inline cv::Point2d project(const cv::Point3d& p) {
     return {colorWidth / 2.0 + focalPixels * p.x / p.z,
             colorHeight / 2.0 - focalPixels * (p.y - sensorHeight_m) / p.z};
+}
+
+/// The pinhole as libfreenect2 tells it, with a pixel's centre at a whole number. The linear terms
+/// of the colour camera stretch the depth picture onto the whole colour picture; the constants
+/// beside them are those of libfreenect2's registration.
+inline Calibration pinholeCalibration() {
+    constexpr double perColumn = double{colorWidth} / depthWidth;
+    constexpr double perRow = double{colorHeight} / depthHeight;
+    constexpr double registration = 0.002199 / 0.01;
+    const auto value = [](double number) { return static_cast<float>(number); };
+    Calibration calibration;
+    calibration.infrared = {{"fx", value(focalPixels / perColumn)},
+                            {"fy", value(focalPixels / perRow)},
+                            {"cx", value(depthWidth / 2.0 - 0.5)},
+                            {"cy", value(depthHeight / 2.0 - 0.5)}};
+    calibration.color = {{"fx", value(focalPixels)},
+                         {"fy", value(focalPixels)},
+                         {"cx", value(colorWidth / 2.0 - 0.5)},
+                         {"cy", value(colorHeight / 2.0 - 0.5)},
+                         {"shift_d", 1.0F},
+                         {"mx_x1y0", value(perColumn * registration)},
+                         {"my_x0y1", value(perRow * registration)}};
+    return calibration;
 }
 
 /// Infrared intensity that a surface sends back: falls with the square of its distance. About 8000

@@ -113,6 +113,12 @@ public:
 
     std::string serialNumber() const override { return "virtual-room"; }
 
+    Calibration calibration() const override { return pinholeCalibration(); }
+
+    std::uint64_t framesInARound() const override {
+        return static_cast<std::uint64_t>(std::lround(loopSeconds * framesPerSecond));
+    }
+
     std::chrono::microseconds timeOf(std::uint64_t number) const override {
         return std::chrono::microseconds(number * 1'000'000 / framesPerSecond);
     }

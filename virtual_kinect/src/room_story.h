@@ -5,7 +5,7 @@
 
 /// What happens in the built-in room, when and where: a loop that tests can rely on.
 ///
-/// Places are metres seen from the sensor: x to the right of it, z in front of it; angles are
+/// Places are metres seen from the sensor: x to the right in the picture, z in front; angles are
 /// radians, 0 facing the sensor, positive turned towards the picture's right.
 namespace virtual_kinect::room {
 

@@ -1,6 +1,7 @@
 #include "virtual_device.h"
 
 #include "buffer_pool.h"
+#include "camera_fields.h"
 #include "log.h"
 
 #include <exception>
@@ -36,23 +37,6 @@ private:
     std::shared_ptr<BufferPool> origin;
 };
 
-/// Typical values of a sensor; the field of view of the pictures is about the same.
-libfreenect2::Freenect2Device::ColorCameraParams typicalColorCamera() {
-    libfreenect2::Freenect2Device::ColorCameraParams params{};
-    params.fx = params.fy = 1081.37F;
-    params.cx = 959.5F;
-    params.cy = 539.5F;
-    return params;
-}
-
-libfreenect2::Freenect2Device::IrCameraParams typicalIrCamera() {
-    libfreenect2::Freenect2Device::IrCameraParams params{};
-    params.fx = params.fy = 365.5F;
-    params.cx = 255.5F;
-    params.cy = 211.5F;
-    return params;
-}
-
 void exchangeRedAndBlue(std::vector<std::uint8_t>& pixels) {
     for (std::size_t at = 0; at + 2 < pixels.size(); at += 4)
         std::swap(pixels[at], pixels[at + 2]);
@@ -65,8 +49,12 @@ VirtualDevice::VirtualDevice(std::shared_ptr<FrameSource> frameSource, Faults de
                              std::function<void(VirtualDevice*)> onDestroyed)
     : source(std::move(frameSource)), faults(std::move(deviceFaults)),
       unplugged(std::move(unpluggedFlag)), destroyed(std::move(onDestroyed)),
-      pool(std::make_shared<BufferPool>()), colorParams(typicalColorCamera()),
-      irParams(typicalIrCamera()) {}
+      pool(std::make_shared<BufferPool>()) {
+    const Calibration calibration = source->calibration();
+    colorParams =
+        paramsOf<ColorCameraParams>(colorCameraFields<ColorCameraParams>(), calibration.color);
+    irParams = paramsOf<IrCameraParams>(irCameraFields<IrCameraParams>(), calibration.infrared);
+}
 
 VirtualDevice::~VirtualDevice() {
     VirtualDevice::close();
@@ -198,6 +186,10 @@ void VirtualDevice::streamFrames(Listeners to, DepthRange range) {
     for (std::uint64_t number = 0; waitUntil(began + source->timeOf(number)); ++number) {
         while (source->timeOf(number + 1) <= steady_clock::now() - began)
             ++number;
+        if (source->ends(number)) {
+            log(Logger::Info, "all frames have been shown");
+            return;
+        }
         if (faults.unpluggedAt && number >= *faults.unpluggedAt) {
             log(Logger::Error, "unplugged at frame " + std::to_string(number));
             *unplugged = true;
