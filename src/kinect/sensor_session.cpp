@@ -7,8 +7,7 @@ using libfreenect2::Frame;
 
 namespace {
 
-constexpr unsigned int withoutColor = Frame::Ir | Frame::Depth;
-constexpr unsigned int allStreams = Frame::Color | withoutColor;
+constexpr unsigned int allStreams = Frame::Color | Frame::Ir | Frame::Depth;
 
 } // namespace
 
@@ -20,8 +19,8 @@ SensorSession::~SensorSession() {
     }
 }
 
-std::optional<SensorFailure> SensorSession::start(Streams wanted) {
-    streams = wanted;
+std::optional<SensorFailure> SensorSession::start(bool withColor) {
+    colorWanted = withColor;
     using Step = SensorFailure::Step;
     constexpr std::pair<Step, bool (SensorSession::*)()> steps[] = {
         {Step::Enumerate, &SensorSession::enumerate},
@@ -51,12 +50,10 @@ bool SensorSession::open() {
 }
 
 bool SensorSession::startStreams() {
-    const bool color = streams == Streams::All;
-    listener.emplace(color ? allStreams : withoutColor);
-    if (color)
-        opened->setColorFrameListener(&*listener);
+    listener.emplace(colorWanted ? allStreams : allStreams & ~unsigned{Frame::Color});
+    opened->setColorFrameListener(&*listener);
     opened->setIrAndDepthFrameListener(&*listener);
-    streaming = color ? opened->start() : opened->startStreams(false, true);
+    streaming = opened->startStreams(colorWanted, true);
     return streaming;
 }
 
@@ -66,6 +63,10 @@ bool SensorSession::wait(std::chrono::milliseconds timeout) {
 
 void SensorSession::release() {
     listener->release(held);
+}
+
+libfreenect2::FrameMap SensorSession::take() {
+    return std::exchange(held, {});
 }
 
 void SensorSession::close() {

@@ -7,7 +7,6 @@
 
 #include <chrono>
 #include <optional>
-#include <utility>
 
 /// Which step of the way to running streams failed.
 struct SensorFailure {
@@ -41,14 +40,12 @@ public:
     SensorSession(const SensorSession&) = delete;
     SensorSession& operator=(const SensorSession&) = delete;
 
-    /// Which streams a session is about; frame sets hold one frame of each of them.
-    enum class Streams { All, InfraredAndDepth };
-
-    /// Finds the first sensor, opens it with the default pipeline and starts the streams; once in a
+    /// Finds the first sensor, opens it with the default pipeline and starts all its streams, or
+    /// only infrared and depth, whose sets come 30 times a second in the dark, too; once in a
     /// session. Nothing when they run, else the step that failed. No exception leaves it.
     /// After a failure the device may be open still, until close() or the destructor: closing can
     /// take seconds, so that the failure should be reported first.
-    std::optional<SensorFailure> start(Streams wanted = Streams::All);
+    std::optional<SensorFailure> start(bool withColor = true);
 
     /// Waits for the next frame set, which is held until release(); false when none came in time.
     bool wait(std::chrono::milliseconds timeout);
@@ -59,9 +56,9 @@ public:
     /// Gives the frames of the set back to the library.
     void release();
 
-    /// Instead of release(): the frames are the caller's from now on, who deletes each of them.
-    /// They may outlive the session and be deleted on any thread.
-    libfreenect2::FrameMap take() { return std::exchange(held, {}); }
+    /// Moves the set that is held to the caller. Its frames are the caller's to delete, on any
+    /// thread, before close().
+    libfreenect2::FrameMap take();
 
     /// Stops the streams where they were started, and closes the device. Further calls do nothing.
     /// An exception of the library passes through, when everything else was done.
@@ -81,6 +78,6 @@ private:
     std::optional<libfreenect2::SyncMultiFrameListener> listener;
     libfreenect2::FrameMap held;
     libfreenect2::Freenect2Device* opened = nullptr; ///< The context's; null when closed.
-    Streams streams = Streams::All;
+    bool colorWanted = true;
     bool streaming = false;
 };
