@@ -2,6 +2,8 @@
 
 #include "common/console.h"
 
+#include <QCoreApplication>
+
 namespace tool {
 
 using namespace Qt::StringLiterals;
@@ -45,7 +47,10 @@ std::optional<int> CommandLine::read(const QStringList& arguments) {
     const bool understood = parser.parse(arguments);
     // Somebody who asks for help may have got the rest wrong.
     if (parser.isSet(u"help"_s)) {
-        console.sayText(parser.helpText());
+        // The name alone, however the tool was started.
+        console.sayText(
+            parser.helpText().replace(QCoreApplication::arguments().value(0) + u" [options]"_s,
+                                      console.toolName() + u" [options]"_s));
         return Succeeded;
     }
     if (parser.isSet(u"version"_s)) {
