@@ -24,20 +24,6 @@ bool hasSampleName(const fs::path& path) {
                extensions.end();
 }
 
-std::vector<fs::path> samplePaths(const fs::path& directory, const std::stop_token& stop) {
-    std::vector<fs::path> paths;
-    std::error_code error;
-    fs::recursive_directory_iterator entry(directory, error);
-    for (; entry != fs::recursive_directory_iterator() && !stop.stop_requested();
-         entry.increment(error)) {
-        std::error_code unknown;
-        if (entry->is_regular_file(unknown) && hasSampleName(entry->path()))
-            paths.push_back(entry->path());
-    }
-    std::sort(paths.begin(), paths.end());
-    return paths;
-}
-
 /// Whether the file's header, read without decoding, announces an image of a bearable size.
 bool bearableSize(const fs::path& path) {
     QFile file(QFile::decodeName(path.c_str()));
@@ -53,12 +39,36 @@ bool bearableSize(const fs::path& path) {
     return !size.isEmpty() && qint64{size.width()} * size.height() <= maxSamplePixels;
 }
 
-/// The sample as it is trained; empty when the file holds no usable image.
-cv::Mat readSample(const fs::path& path) {
+} // namespace
+
+cv::Mat recognizerInput(const cv::Mat& crop) {
+    cv::Mat equalized;
+    cv::equalizeHist(crop, equalized);
+    cv::Mat input;
+    cv::resize(equalized, input, cv::Size(sampleSidePx, sampleSidePx), 0.0, 0.0, cv::INTER_AREA);
+    return input;
+}
+
+std::vector<std::string> ownerSamplePaths(const std::string& directory,
+                                          const std::stop_token& stop) {
+    std::vector<fs::path> paths;
+    std::error_code error;
+    fs::recursive_directory_iterator entry(directory, error);
+    for (; entry != fs::recursive_directory_iterator() && !stop.stop_requested();
+         entry.increment(error)) {
+        std::error_code unknown;
+        if (entry->is_regular_file(unknown) && hasSampleName(entry->path()))
+            paths.push_back(entry->path());
+    }
+    std::sort(paths.begin(), paths.end());
+    return {paths.begin(), paths.end()};
+}
+
+cv::Mat readOwnerSample(const std::string& path) {
     try {
         if (!bearableSize(path))
             return {};
-        const cv::Mat grey = cv::imread(path.string(), cv::IMREAD_GRAYSCALE);
+        const cv::Mat grey = cv::imread(path, cv::IMREAD_GRAYSCALE);
         const cv::Size side(sampleSidePx, sampleSidePx);
         if (grey.empty() || grey.size() == side)
             return grey;
@@ -70,25 +80,15 @@ cv::Mat readSample(const fs::path& path) {
     }
 }
 
-} // namespace
-
-cv::Mat recognizerInput(const cv::Mat& crop) {
-    cv::Mat equalized;
-    cv::equalizeHist(crop, equalized);
-    cv::Mat input;
-    cv::resize(equalized, input, cv::Size(sampleSidePx, sampleSidePx), 0.0, 0.0, cv::INTER_AREA);
-    return input;
-}
-
 bool loadTavinSamples(const std::string& directory, std::vector<TrainingSample>& samples,
                       const std::stop_token& stop) {
     std::error_code error;
     if (!fs::exists(fs::status(directory, error)))
         return false;
-    for (const fs::path& path : samplePaths(directory, stop)) {
+    for (const std::string& path : ownerSamplePaths(directory, stop)) {
         if (stop.stop_requested())
             break;
-        if (cv::Mat image = readSample(path); !image.empty())
+        if (cv::Mat image = readOwnerSample(path); !image.empty())
             samples.push_back({std::move(image), ownerClass});
     }
     return !samples.empty();

@@ -22,10 +22,18 @@ inline constexpr int sampleSidePx = 160; ///< Side of every sample and of every 
 /// another type.
 cv::Mat recognizerInput(const cv::Mat& crop);
 
+/// The files that loadTavinSamples() reads, in its order: regular files in `directory` and below
+/// that are named .png, .jpg, .jpeg or .pgm in lower case. Empty for a missing directory.
+std::vector<std::string> ownerSamplePaths(const std::string& directory,
+                                          const std::stop_token& stop = {});
+
+/// One of those files as it is trained: read as grey and squeezed to 160 x 160. Empty when it
+/// cannot be read or has more than 64 megapixels; never throws for what lies in a file.
+cv::Mat readOwnerSample(const std::string& path);
+
 /// Appends the owner's images found in `directory` and below to `samples`, in ascending order of
-/// path components: regular files named .png, .jpg, .jpeg or .pgm in lower case, read as grey and
-/// squeezed to 160 x 160. Returns whether `samples` is non-empty; false for a missing directory.
-/// Files that cannot be read, and images of more than 64 megapixels, are skipped without a message;
-/// never throws for what lies in a file. `stop` is asked between files and ends the scan.
+/// path components. Returns whether `samples` is non-empty; false for a missing directory. Files
+/// that readOwnerSample() cannot read are skipped without a message. `stop` is asked between files
+/// and ends the scan.
 bool loadTavinSamples(const std::string& directory, std::vector<TrainingSample>& samples,
                       const std::stop_token& stop = {});
