@@ -1,0 +1,98 @@
+#include "common/command_line.h"
+#include "common/console.h"
+#include "enroll/commands.h"
+#include "enroll/folder_facts.h"
+#include "enroll/picture_import.h"
+#include "enroll/report.h"
+#include "enroll/sitting_files.h"
+
+#include <QDateTime>
+
+namespace enroll {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Imports one picture after the other, and says of each what became of it.
+class ImportRun {
+public:
+    ImportRun(const QString& folder, const QString& sitting, Detectors tools, tool::Console& output)
+        : samplesFolder(folder), detectors(std::move(tools)), console(output),
+          writer(folder, sitting), known(readWithProgress(folder, output)), index(indexOf(known)) {}
+
+    int run(const QStringList& pictures) {
+        int refused = 0;
+        for (qsizetype i = 0; i < pictures.size(); ++i) {
+            console.progress(u"Picture %1 of %2"_s.arg(i + 1).arg(pictures.size()));
+            if (const QString problem = take(pictures.at(i)); !problem.isEmpty()) {
+                console.complain(problem);
+                ++refused;
+            }
+        }
+        const QStringList missing =
+            missingThings(coverageOf(readWithProgress(samplesFolder, console)));
+        if (!missing.isEmpty())
+            console.say(u"Still missing: %1."_s.arg(missing.join(u", "_s)));
+        if (!writer.files().isEmpty())
+            console.say(restartSentence());
+        return refused == 0 ? tool::Succeeded : tool::Failed;
+    }
+
+private:
+    /// One sentence when the picture gave no sample.
+    QString take(const QString& picture) {
+        const auto result =
+            sampleFromPicture(picture, detectors, QDateTime::currentMSecsSinceEpoch());
+        if (const QString* problem = std::get_if<QString>(&result))
+            return *problem;
+        const KeptSample& sample = std::get<KeptSample>(result);
+        const std::vector<double> distances = index.distancesTo(sample.face.input);
+        for (std::size_t i = 0; i < distances.size(); ++i)
+            if (isCopy(distances[i]))
+                return u"%1 gives the same sample as %2: take another picture."_s.arg(
+                    picture, known.names.value(qsizetype(i)));
+        if (const QString problem = writer.write(sample, picture.section(u'/', -1));
+            !problem.isEmpty())
+            return problem;
+        index.add(sample.face.input);
+        known.names.append(writer.files().last());
+        console.say(u"%1: kept as %2"_s.arg(picture, writer.files().last()));
+        return {};
+    }
+
+    const QString samplesFolder;
+    Detectors detectors;
+    tool::Console& console;
+    SittingWriter writer;
+    SampleCollection known;
+    SampleIndex index;
+};
+
+} // namespace
+
+int importCommand(const QStringList& arguments, tool::Console& console) {
+    tool::CommandLine line(console, u"import: cuts samples out of photographs of the owner."_s);
+    line.addText(u"sitting"_s, u"NAME"_s, u"The sitting's name; without it the date and time."_s);
+    line.addText(u"into"_s, u"DIR"_s, u"Where the samples go, instead of faces/tavin."_s);
+    line.addArgument(u"PICTURE"_s, u"A photograph with exactly one face."_s);
+    line.addFurtherArguments(u"PICTURE"_s, u"More of them."_s);
+    if (const std::optional<int> status = line.read(arguments))
+        return *status;
+    const QString folder = line.text(u"into"_s).value_or(defaultSamplesFolder());
+    const QString sitting =
+        line.text(u"sitting"_s).value_or(newSittingName(folder, QDateTime::currentDateTime()));
+    if (!isSittingName(sitting))
+        return line.refuse(u"A sitting's name is made of letters, digits, - and _."_s);
+    if (const QString obstacle = obstacleFor(folder, sitting); !obstacle.isEmpty()) {
+        console.complain(obstacle);
+        return tool::Failed;
+    }
+    std::optional<Detectors> detectors = detectorsOrComplaint(console);
+    if (!detectors)
+        return tool::Failed;
+    return ImportRun(folder, sitting, std::move(*detectors), console)
+        .run(QStringList{line.argument(u"PICTURE"_s)} + line.furtherArguments());
+}
+
+} // namespace enroll

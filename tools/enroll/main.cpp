@@ -1,0 +1,51 @@
+#include "app/record_types.h"
+#include "app/worker_thread.h"
+#include "common/console.h"
+#include "enroll/commands.h"
+#include "enroll/enroll_program.h"
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+namespace {
+
+/// The window needs a display, the commands and --help do not.
+bool wantsWindow(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        if (argument == "-h" || argument == "--help" || argument == "-v" || argument == "--version")
+            return false;
+    }
+    return argc < 2 || argv[1][0] == '-';
+}
+
+/// Runs the tool; its application object is gone when this returns.
+int run(int& argc, char** argv) {
+    tool::Console console(QStringLiteral("lumeno-enroll"));
+    if (wantsWindow(argc, argv)) {
+        const QApplication application(argc, argv);
+        registerRecordTypes();
+        return enroll::runWindow(QCoreApplication::arguments(), console);
+    }
+    const QCoreApplication application(argc, argv);
+    registerRecordTypes();
+    const QStringList arguments = QCoreApplication::arguments();
+    return arguments.at(1).startsWith(u'-') ? enroll::runWindow(arguments, console)
+                                            : enroll::runCommand(arguments.mid(1), console);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const int status = run(argc, argv);
+    if (WorkerThread::anyLetGoStillRuns()) {
+        // A worker hangs in its driver. Ending without the static destructors keeps it from
+        // stumbling over what they would take away.
+        std::fflush(nullptr);
+        std::_Exit(status);
+    }
+    return status;
+}
