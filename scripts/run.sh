@@ -9,7 +9,7 @@ called_from=$PWD
 . "$(dirname "${BASH_SOURCE[0]}")/lib/setup.sh"
 
 require_packages "${build_packages[@]}"
-build_preset release build --target lumeno-control-center write-owner-samples
+build_preset release build --target lumeno-control-center lumeno-enroll write-owner-samples
 program=$PWD/build/lumeno-control-center
 
 asks_for_no_sensor() {
