@@ -6,12 +6,7 @@
 #include "ui/main_window.h"
 
 #include <QDateTime>
-
-namespace {
-
-constexpr qint64 logIntervalMs = 999; // the next line comes after more than this
-
-} // namespace
+#include <QDeadlineTimer>
 
 void MainWindow::updateAwarenessOverlays() {
     const AwarenessResult result =
@@ -38,8 +33,7 @@ AwarenessInput MainWindow::awarenessInput() const {
 }
 
 void MainWindow::logAwareness(const AwarenessResult& result) {
-    if (awarenessLogTimer.isValid() && awarenessLogTimer.elapsed() <= logIntervalMs)
-        return;
-    awarenessLogTimer.start();
-    writeAwarenessReport(qInfo(), awareness, result);
+    const qint64 monotonicMs = QDeadlineTimer::current().deadline();
+    if (awarenessLog.allows(monotonicMs))
+        writeAwarenessReport(qInfo(), awareness, result);
 }

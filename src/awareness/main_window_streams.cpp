@@ -94,10 +94,8 @@ void MainWindow::updateFollowLabel(StreamImageWidget* widget, const StreamFrame&
 
 void MainWindow::logFollowDisplay(const FollowDisplay& display, const QSize& shown,
                                   const QSize& source) {
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    if (!recurringLogDue(now, last_follow_display_log_ms))
+    if (!followDisplayLog.allows(QDateTime::currentMSecsSinceEpoch()))
         return;
-    last_follow_display_log_ms = now;
     qInfo() << "Qt follow display:"
             << "current_view=" << currentView << "crop_applied_to_display=" << display.cropApplied
             << "follow_zoom=" << awareness.followView.followZoom << "follow_crop=" << display.crop

@@ -43,7 +43,3 @@ FollowDisplay followDisplay(const QSize& imageSize, const QRect& followCrop,
     display.statusText = statusText(display, currentView, selectedFollowTarget);
     return display;
 }
-
-bool recurringLogDue(qint64 nowMs, qint64 lastLogMs) {
-    return nowMs - lastLogMs > 999;
-}

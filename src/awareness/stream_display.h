@@ -24,7 +24,3 @@ QList<FaceOverlay> overlaysInCrop(const QList<FaceOverlay>& overlays, const QRec
 FollowDisplay followDisplay(const QSize& imageSize, const QRect& followCrop,
                             const QList<FaceOverlay>& overlays, const QString& currentView,
                             const QString& selectedFollowTarget);
-
-/// Whether a line that is written at most once a second is due; both times are milliseconds of the
-/// same clock.
-bool recurringLogDue(qint64 nowMs, qint64 lastLogMs);

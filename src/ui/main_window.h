@@ -2,6 +2,7 @@
 
 #include "app/command_line.h"
 #include "app/face_overlay.h"
+#include "app/rate_limit.h"
 #include "app/voice_direction_status.h"
 #include "awareness/awareness_pass.h"
 #include "frames/stream_frame.h"
@@ -146,6 +147,6 @@ private:
     AwarenessState awareness;
     /// What the newest pass says of the follow target, for the Follow view's banner.
     QString selectedFollowTarget = QStringLiteral("No follow target");
-    QElapsedTimer awarenessLogTimer; ///< Since the last awareness line; invalid before the first.
-    qint64 last_follow_display_log_ms = 0; ///< Wall clock of the last follow display line.
+    RateLimit awarenessLog;
+    RateLimit followDisplayLog;
 };

@@ -4,6 +4,8 @@
 
 #include <QRect>
 
+#include <algorithm>
+
 /// A raw depth frame that a test paints: millimetres, 0 for no reading.
 struct DepthScene {
     int width;
@@ -18,10 +20,9 @@ struct DepthScene {
     /// Sets the pixels of `box` that lie in the frame.
     void fill(const QRect& box, float depth_mm) {
         const QRect inside = box & QRect(0, 0, width, height);
-        for (int y = inside.top(); y <= inside.bottom(); ++y) {
-            for (int x = inside.left(); x <= inside.right(); ++x)
-                mm[qsizetype(y) * width + x] = depth_mm;
-        }
+        for (int y = inside.top(); y <= inside.bottom(); ++y)
+            std::fill_n(mm.begin() + qsizetype(y) * width + inside.left(), inside.width(),
+                        depth_mm);
     }
 
     /// Sets whole 4x4-pixel cells; `cells` is in cells.

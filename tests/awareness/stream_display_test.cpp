@@ -26,7 +26,6 @@ private Q_SLOTS:
     void bannerNamesTheCrop();
     void bannerWithoutACrop();
     void targetTextIsNoTemplate();
-    void logLineIsDueAfterASecond();
 };
 
 void StreamDisplayTest::followCrop_data() {
@@ -98,12 +97,6 @@ void StreamDisplayTest::targetTextIsNoTemplate() {
              u"current view: %2 | "_s + target + u" | crop applied to display: false"_s);
     QVERIFY(followDisplay({9, 9}, {1, 1, 2, 2}, {}, u"%2"_s, target)
                 .statusText.contains(u"current view: %2 | "_s + target + u" | crop applied"_s));
-}
-
-void StreamDisplayTest::logLineIsDueAfterASecond() {
-    QVERIFY(!recurringLogDue(5999, 5000));
-    QVERIFY(recurringLogDue(6000, 5000));
-    QVERIFY(recurringLogDue(1'700'000'000'000, 0));
 }
 
 QTEST_APPLESS_MAIN(StreamDisplayTest)
