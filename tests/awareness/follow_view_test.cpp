@@ -197,6 +197,10 @@ void FollowViewTest::zoomSteps_data() {
         << 2.0 << 2.05 << false << 2.0035 << u"zoom steady alpha 0.07 target 2.0"_s;
     QTest::newRow("lower end of the band")
         << 2.0 << 1.95 << false << 1.9965 << u"zoom steady alpha 0.07 target 1.9"_s;
+    QTest::newRow("above the band")
+        << 2.0 << 2.052 << false << 2.0052 << u"zoom-in slow alpha 0.10 target 2.1"_s;
+    QTest::newRow("below the band")
+        << 2.0 << 1.948 << false << 1.99766 << u"zoom-out gentle alpha 0.04 target 1.9"_s;
     QTest::newRow("in, reacquiring")
         << 2.0 << 8.0 << true << 2.96 << u"zoom-in slow alpha 0.16 target 8.0"_s;
     QTest::newRow("out, reacquiring")
@@ -221,9 +225,10 @@ void FollowViewTest::aZoomCloseToOneSnapsToOne_data() {
     QTest::addColumn<bool>("snaps");
     QTest::newRow("1.04 to 1") << 1.04 << 1.0 << true;
     QTest::newRow("1.05 to 1.05") << 1.05 << 1.05 << true;
+    QTest::newRow("1.056 to 1") << 1.056 << 1.0 << false;
     QTest::newRow("1.2 to 1") << 1.2 << 1.0 << false;
     QTest::newRow("1.0 to 1.5") << 1.0 << 1.5 << false;
-    QTest::newRow("1.0 to 1.06") << 1.0 << 1.06 << false;
+    QTest::newRow("1.0 to 1.052") << 1.0 << 1.052 << false;
 }
 
 void FollowViewTest::aZoomCloseToOneSnapsToOne() {

@@ -51,6 +51,9 @@ void OverlayRejectionTest::photographsAndBackgroundFacesGo_data() {
     bodyWithoutDepth.hasDistance = false;
     bodyWithoutDepth.depthMissing = true;
     QTest::newRow("body without depth") << bodyWithoutDepth << true;
+    FaceOverlay measuredAfterAll = overlays::faceAt(identity::unknown, place, 2.0);
+    measuredAfterAll.depthMissing = true;
+    QTest::newRow("a known distance counts") << measuredAfterAll << true;
     QTest::newRow("unknown not measured") << overlays::face(identity::unknown, place) << true;
     QTest::newRow("unknown at 2.2 m") << overlays::faceAt(identity::unknown, place, 2.2) << true;
     QTest::newRow("unknown at 2.3 m") << overlays::faceAt(identity::unknown, place, 2.3) << false;
