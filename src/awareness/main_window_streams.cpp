@@ -94,11 +94,7 @@ void MainWindow::updateFollowLabel(StreamImageWidget* widget, const StreamFrame&
 
 void MainWindow::logFollowDisplay(const FollowDisplay& display, const QSize& shown,
                                   const QSize& source) {
-    if (!followDisplayLog.allows(QDateTime::currentMSecsSinceEpoch()))
-        return;
-    qInfo() << "Qt follow display:"
-            << "current_view=" << currentView << "crop_applied_to_display=" << display.cropApplied
-            << "follow_zoom=" << awareness.followView.followZoom << "follow_crop=" << display.crop
-            << "display_image=" << shown << "source_image=" << source
-            << "status=" << display.statusText;
+    if (followDisplayLog.allows(QDateTime::currentMSecsSinceEpoch()))
+        writeFollowDisplayReport(qInfo(), display, currentView, awareness.followView.followZoom,
+                                 shown, source);
 }

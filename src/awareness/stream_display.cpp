@@ -43,3 +43,12 @@ FollowDisplay followDisplay(const QSize& imageSize, const QRect& followCrop,
     display.statusText = statusText(display, currentView, selectedFollowTarget);
     return display;
 }
+
+void writeFollowDisplayReport(QDebug line, const FollowDisplay& display, const QString& currentView,
+                              double followZoom, const QSize& shown, const QSize& source) {
+    line << "Qt follow display:"
+         << "current_view=" << currentView << "crop_applied_to_display=" << display.cropApplied
+         << "follow_zoom=" << followZoom << "follow_crop=" << display.crop
+         << "display_image=" << shown << "source_image=" << source
+         << "status=" << display.statusText;
+}

@@ -2,6 +2,7 @@
 
 #include "app/face_overlay.h"
 
+#include <QDebug>
 #include <QList>
 #include <QRect>
 #include <QSize>
@@ -24,3 +25,8 @@ QList<FaceOverlay> overlaysInCrop(const QList<FaceOverlay>& overlays, const QRec
 FollowDisplay followDisplay(const QSize& imageSize, const QRect& followCrop,
                             const QList<FaceOverlay>& overlays, const QString& currentView,
                             const QString& selectedFollowTarget);
+
+/// Writes the diagnostic line about what the Follow tile shows to `line`; `shown` is the size of
+/// the shown picture, `source` that of the whole image.
+void writeFollowDisplayReport(QDebug line, const FollowDisplay& display, const QString& currentView,
+                              double followZoom, const QSize& shown, const QSize& source);

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void bannerNamesTheCrop();
     void bannerWithoutACrop();
     void targetTextIsNoTemplate();
+    void theLogNamesTheCropThatIsShown();
 };
 
 void StreamDisplayTest::followCrop_data() {
@@ -97,6 +98,19 @@ void StreamDisplayTest::targetTextIsNoTemplate() {
              u"current view: %2 | "_s + target + u" | crop applied to display: false"_s);
     QVERIFY(followDisplay({9, 9}, {1, 1, 2, 2}, {}, u"%2"_s, target)
                 .statusText.contains(u"current view: %2 | "_s + target + u" | crop applied"_s));
+}
+
+void StreamDisplayTest::theLogNamesTheCropThatIsShown() {
+    // The follow crop is that of a larger image than the one that is shown now.
+    const FollowDisplay display =
+        followDisplay({640, 480}, {600, 400, 100, 100}, {}, u"follow"_s, u"Following Tavin"_s);
+    QString line;
+    writeFollowDisplayReport(QDebug(&line), display, u"follow"_s, 2.5, {40, 80}, {640, 480});
+    QCOMPARE(line.trimmed(),
+             u"Qt follow display: current_view= \"follow\" crop_applied_to_display= true "
+             "follow_zoom= 2.5 follow_crop= QRect(600,400 40x80) display_image= QSize(40, 80) "
+             "source_image= QSize(640, 480) status= \"VISIBLE FOLLOW ZOOM ACTIVE | current view: "
+             "FOLLOW | Following Tavin | crop applied to display: true | crop 600,400 40x80\""_s);
 }
 
 QTEST_APPLESS_MAIN(StreamDisplayTest)
