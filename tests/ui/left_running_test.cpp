@@ -23,8 +23,14 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// About one second of frame sets of the room, 8 MB each, with room for the allocator.
-constexpr double mostBacklogMib = 350.0;
-constexpr double mostGrowthMib = 60.0;
+constexpr double maximumBacklogMib = 350.0;
+constexpr double maximumGrowthMib = 60.0;
+
+/// Whether the faults and stalls last as long as they may in a real night; otherwise they last long
+/// enough for everything that is looked at to happen.
+bool longRun() {
+    return qEnvironmentVariableIsSet("LUMENO_LONG_TESTS");
+}
 
 std::unique_ptr<MainWindow> liveWindow() {
     return std::make_unique<MainWindow>(false, false, false, false, 5000, false);
@@ -81,7 +87,7 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanup();
-    void anInterfaceThatStallsForAMinuteIsLiveAgainWithinASecond();
+    void anInterfaceThatStallsIsLiveAgainWithinASecond();
     void noFrameIsDroppedWhereNothingStalls();
     void mixedFaultsLeaveTheLastImageAndComeBack();
 
@@ -103,7 +109,7 @@ void LeftRunningTest::cleanup() {
     place.reset();
 }
 
-void LeftRunningTest::anInterfaceThatStallsForAMinuteIsLiveAgainWithinASecond() {
+void LeftRunningTest::anInterfaceThatStallsIsLiveAgainWithinASecond() {
     const LogCapture log;
     const auto window = liveWindow();
     window->show();
@@ -111,10 +117,11 @@ void LeftRunningTest::anInterfaceThatStallsForAMinuteIsLiveAgainWithinASecond() 
     QTRY_VERIFY_WITH_TIMEOUT(age.count() > 30, 20000);
     const double before = residentMib();
 
-    QThread::sleep(60);
+    // Three times as long as it takes until frames are dropped, or a minute.
+    QThread::sleep(longRun() ? 60 : 3);
 
     const double grown = residentMib() - before;
-    QVERIFY2(grown < mostBacklogMib, qPrintable(u"grown by %1 MiB"_s.arg(grown)));
+    QVERIFY2(grown < maximumBacklogMib, qPrintable(u"grown by %1 MiB"_s.arg(grown)));
     QElapsedTimer awake;
     awake.start();
     QTRY_VERIFY_WITH_TIMEOUT(age.ms() >= 0 && age.ms() < 100, 1000);
@@ -128,18 +135,27 @@ void LeftRunningTest::noFrameIsDroppedWhereNothingStalls() {
     auto window = liveWindow();
     window->show();
     FrameAge age(*window);
-    QTRY_VERIFY_WITH_TIMEOUT(age.count() > 150, 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(age.count() > (longRun() ? 150U : 60U), 30000);
     window.reset();
     QCOMPARE(log.linesStartingWith(u"Qt Kinect streams: receivers stalled"_s), QStringList());
 }
 
 void LeftRunningTest::mixedFaultsLeaveTheLastImageAndComeBack() {
-    // Two minutes of frames: every kind of fault alone, then some of them at once.
+    // Every kind of fault alone, then some of them at once: in 14 seconds of frames, or in 94.
     qputenv("LUMENO_VIRTUAL_KINECT_FAULTS",
-            "silent@150-240,missing=color@330-420,null-data=depth@480-540,zero-size=ir@600-660,"
-            "wrong-bytes=color@720-780,rgbx@840-900,silent@1000-1090,missing=depth@1200-1400,"
-            "null-data=color@1250-1350,zero-size=ir@1300-1450,silent@1500-1600,"
-            "wrong-bytes=depth@1700-2600,missing=ir@2000-2400,rgbx@2100-2500,silent@2700-2790");
+            longRun()
+                ? "silent@150-240,missing=color@330-420,null-data=depth@480-540,"
+                  "zero-size=ir@600-660,wrong-bytes=color@720-780,rgbx@840-900,silent@1000-1090,"
+                  "missing=depth@1200-1400,null-data=color@1250-1350,zero-size=ir@1300-1450,"
+                  "silent@1500-1600,wrong-bytes=depth@1700-2600,missing=ir@2000-2400,"
+                  "rgbx@2100-2500,silent@2700-2790"
+                : "silent@70-130,missing=color@140-150,null-data=depth@155-165,"
+                  "zero-size=ir@170-180,wrong-bytes=color@185-195,rgbx@200-210,silent@215-265,"
+                  "missing=depth@275-305,null-data=color@285-295,zero-size=ir@290-310,"
+                  "wrong-bytes=depth@315-360,missing=ir@325-350,rgbx@330-355,silent@365-410");
+    const qint64 lastFaultMs = longRun() ? 94000 : 14000;
+    QElapsedTimer sinceStart;
+    sinceStart.start();
     const auto window = liveWindow();
     window->show();
     auto* worker = window->findChild<KinectStreamWorker*>();
@@ -159,14 +175,12 @@ void LeftRunningTest::mixedFaultsLeaveTheLastImageAndComeBack() {
 
     const double before = residentMib();
     double most = before;
-    QElapsedTimer watched;
-    watched.start();
-    while (watched.elapsed() < 90000) {
-        QTest::qWait(1000);
+    while (sinceStart.elapsed() < lastFaultMs) {
+        QTest::qWait(longRun() ? 1000 : 200);
         most = std::max(most, residentMib());
     }
     QCOMPARE(errors, QSet<QString>{u"Kinect warning: timeout waiting for frame"_s});
-    QVERIFY2(most - before < mostGrowthMib, qPrintable(u"grown by %1 MiB"_s.arg(most - before)));
+    QVERIFY2(most - before < maximumGrowthMib, qPrintable(u"grown by %1 MiB"_s.arg(most - before)));
     QTRY_VERIFY_WITH_TIMEOUT(age.ms() < 200, 10000);
     QTRY_VERIFY_WITH_TIMEOUT(picture() != silent, 10000);
 }
