@@ -6,6 +6,7 @@
 #include <QTextLayout>
 #include <QTextOption>
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -50,18 +51,23 @@ qsizetype roomFor(const QString& text, const QFont& font, int width) {
     return width * text.size() * 9 / (8 * all);
 }
 
-/// The largest number from 0 to `most` for which `fits` holds; 0 where it holds for none.
-template <class Fits>
-qsizetype largestThat(qsizetype most, const Fits& fits) {
+/// The rows of the most characters, of at most `maximum`, whose rows fit; `rows`, those of none,
+/// where no more do.
+template <class RowsOf, class Fits>
+QStringList longestThatFits(QStringList rows, qsizetype maximum, const RowsOf& rowsOf,
+                            const Fits& fits) {
     qsizetype low = 0;
-    while (low < most) {
-        const qsizetype middle = low + (most - low + 1) / 2;
-        if (fits(middle))
+    qsizetype high = maximum / step;
+    while (low < high) {
+        const qsizetype middle = low + (high - low + 1) / 2;
+        if (QStringList tried = rowsOf(middle * step); fits(tried)) {
+            rows = std::move(tried);
             low = middle;
-        else
-            most = middle - 1;
+        } else {
+            high = middle - 1;
+        }
     }
-    return low;
+    return rows;
 }
 
 } // namespace
@@ -73,24 +79,21 @@ QStringList elidedRows(const StatusText& text, const QFont& font, int width, int
     const auto rowsOf = [&](const QString& line) {
         return wrapped(line, font, width, maximumRows);
     };
-    const auto fits = [&](const QString& line) { return rowsOf(line).size() <= maximumRows; };
+    const auto fits = [&](const QStringList& rows) { return rows.size() <= maximumRows; };
 
-    const QString whole = beginning + foreign + ending;
-    if (QStringList rows = rowsOf(whole); rows.size() <= maximumRows)
-        return rows;
+    const qsizetype room = roomFor(foreign, font, width * maximumRows);
+    if (foreign.size() <= room) {
+        if (QStringList rows = rowsOf(beginning + foreign + ending); fits(rows))
+            return rows;
+    }
     if (foreign.endsWith(u'…')) // cut already: one sign for both is enough
         foreign.chop(1);
     const auto shortened = [&](qsizetype kept) {
-        return beginning + withoutMiddle(foreign, kept) + ending;
+        return rowsOf(beginning + withoutMiddle(foreign, kept) + ending);
     };
-    if (!foreign.isEmpty() && fits(shortened(0))) {
-        const qsizetype most =
-            std::min(foreign.size() - 1, roomFor(foreign, font, width * maximumRows));
-        const auto fitsInSteps = [&](qsizetype steps) { return fits(shortened(steps * step)); };
-        return rowsOf(shortened(largestThat(most / step, fitsInSteps) * step));
-    }
+    if (QStringList rows = shortened(0); !foreign.isEmpty() && fits(rows))
+        return longestThatFits(rows, std::min(foreign.size() - 1, room), shortened, fits);
     const QString own = beginning + ending;
-    return rowsOf(withoutMiddle(own, largestThat(own.size() - 1, [&](qsizetype kept) {
-                                    return fits(withoutMiddle(own, kept));
-                                })));
+    const auto ownShortened = [&](qsizetype kept) { return rowsOf(withoutMiddle(own, kept)); };
+    return longestThatFits(ownShortened(0), own.size() - 1, ownShortened, fits);
 }

@@ -2,6 +2,7 @@
 #include "ui/stream_image_widget.h"
 
 #include "support/log_capture.h"
+#include "support/processor_time.h"
 #include "support/temporary_place.h"
 
 #include <QDir>
@@ -9,6 +10,8 @@
 #include <QLabel>
 #include <QTest>
 
+#include <algorithm>
+#include <limits>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -27,6 +30,7 @@ private Q_SLOTS:
     void inversionShowsInTextAndLogLine();
     void textsOfTheServiceAreNoMarkUp();
     void aRunawayTextLeavesTheViewsTheirPlace();
+    void aRunawayTextCostsLittleMoreThanAShortOne();
 
 private:
     static std::unique_ptr<MainWindow> makeWindow(bool inverted = false);
@@ -158,6 +162,50 @@ void VoicePollTest::aRunawayTextLeavesTheViewsTheirPlace() {
     QVERIFY(voiceLine(*window).size() > 800'000);
     QCOMPARE(window->size(), QSize(1280, 900));
     QVERIFY(window->streamLabel(u"combo_rgb"_s)->height() > 200);
+}
+
+/// A long and a short text in turn, each up to the painted window. What counts is this thread's own
+/// processor time, whatever else the machine does.
+void VoicePollTest::aRunawayTextCostsLittleMoreThanAShortOne() {
+    auto log = std::make_unique<LogCapture>();
+    const auto window = makeWindow();
+    window->resize(1920, 1080);
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    const auto paintedNs = [&](const auto& change) {
+        const qint64 start = processorNs();
+        change();
+        QCoreApplication::processEvents();
+        window->repaint();
+        return processorNs() - start;
+    };
+    const auto statusNs = [&](const QString& text) {
+        return paintedNs([&] { window->onStreamStatus(text); });
+    };
+    const auto pollNs = [&](const QByteArray& error) {
+        writeFiles(R"("error": ")" + error + '"');
+        return paintedNs([&] { window->pollAuralisStatus(); });
+    };
+    constexpr qint64 none = std::numeric_limits<qint64>::max();
+    qint64 shortStatus = none, longStatus = none, shortPoll = none, longPoll = none;
+    for (int round = 0; round < 7; ++round) { // a new text each time
+        const QByteArray words = QByteArray::number(round) + " lost it again. ";
+        const QByteArray megabyte = words.repeated(1024 * 1024 / words.size() - 10);
+        shortStatus = std::min(shortStatus, statusNs(QString::fromUtf8(words)));
+        longStatus = std::min(longStatus, statusNs(QString::fromUtf8(megabyte)));
+        shortPoll = std::min(shortPoll, pollNs(words));
+        longPoll = std::min(longPoll, pollNs(megabyte));
+    }
+    QVERIFY(voiceLine(*window).size() > 1'000'000);
+    log.reset();
+    const auto times = [](qint64 longNs, qint64 shortNs) {
+        return double(longNs) / double(shortNs);
+    };
+    qInfo("shown: %.1f times, polled: %.1f times", times(longStatus, shortStatus),
+          times(longPoll, shortPoll));
+    QVERIFY2(longStatus <= 3 * shortStatus, "what is shown is bounded");
+    // The six searches and the line of the log do go over all of the text.
+    QVERIFY2(longPoll <= 10 * shortPoll, "nothing but reading and logging takes longer");
 }
 
 QTEST_MAIN(VoicePollTest)
