@@ -49,10 +49,11 @@ struct Source {
     std::size_t turn = 0;
 };
 
-/// A tile with the picture that it paints into, and the plain painter's.
+/// A tile of `size` logical pixels with the picture that it paints into, and the plain painter's.
 struct Tile {
-    explicit Tile(const QSize& size, const QSize& imageSize)
-        : source(imageSize), canvas(size, QImage::Format_RGB32) {
+    explicit Tile(const QSize& size, const QSize& imageSize, int devicePixelRatio = 1)
+        : source(imageSize), canvas(size * devicePixelRatio, QImage::Format_RGB32) {
+        canvas.setDevicePixelRatio(devicePixelRatio);
         widget.resize(size);
     }
     void paint() { widget.render(&canvas, {}, {}, QWidget::DrawChildren); }
@@ -63,11 +64,13 @@ struct Tile {
     void paintPlainly() {
         QPainter painter(&canvas);
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        const QSize area = canvas.size() - QSize(12, 12);
-        const QImage scaled =
+        const auto ratio = static_cast<int>(canvas.devicePixelRatio());
+        const QSize area = canvas.size() - QSize(12, 12) * ratio;
+        QImage scaled =
             source.nextImage().scaled(area, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        painter.drawImage(6 + (area.width() - scaled.width()) / 2,
-                          6 + (area.height() - scaled.height()) / 2, scaled);
+        scaled.setDevicePixelRatio(ratio);
+        painter.drawImage(6 + (area.width() - scaled.width()) / 2 / ratio,
+                          6 + (area.height() - scaled.height()) / 2 / ratio, scaled);
     }
 
     Source source;
@@ -114,21 +117,29 @@ const RatioTable::Claim newFrame({
         },
 });
 
+/// A frame that was painted before, with everything over it new.
+Contest newOverlaysOn(const std::shared_ptr<Tile>& tile) {
+    const auto step = std::make_shared<int>(0);
+    tile->paintNewFrame();
+    return Contest{[=] {
+                       decorate(tile->widget, ++*step % 100);
+                       tile->paint();
+                   },
+                   [=] { tile->paintPlainly(); }};
+}
+
 const RatioTable::Claim sameFrame({
     .what = "same frame, new overlays, banner and voice",
     .against = plainWay,
     .atMost = 0.15,
-    .prepare =
-        [] {
-            const auto tile = std::make_shared<Tile>(tileSize, colorSize);
-            const auto step = std::make_shared<int>(0);
-            tile->paintNewFrame();
-            return Contest{[=] {
-                               decorate(tile->widget, ++*step % 100);
-                               tile->paint();
-                           },
-                           [=] { tile->paintPlainly(); }};
-        },
+    .prepare = [] { return newOverlaysOn(std::make_shared<Tile>(tileSize, colorSize)); },
+});
+
+const RatioTable::Claim sameFrameDense({
+    .what = "same frame, new overlays, at two device pixels a pixel",
+    .against = plainWay,
+    .atMost = 0.15,
+    .prepare = [] { return newOverlaysOn(std::make_shared<Tile>(tileSize, colorSize, 2)); },
 });
 
 /// The Combo view's tiles in a window of about 1440 x 810.

@@ -98,11 +98,12 @@ void StreamImageWidget::paintEvent(QPaintEvent*) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.fillRect(rect(), streamPainting::backgroundColor);
     const QRect area =
         rect().adjusted(pictureMargin, pictureMargin, -pictureMargin, -pictureMargin);
-    if (!paintPicture(painter, area))
+    if (!paintPicture(painter, area)) {
+        painter.fillRect(rect(), streamPainting::backgroundColor);
         streamPainting::paintPlaceholder(painter, placeholder, area);
+    }
     streamPainting::paintFrame(painter, size());
     if (showVoiceOverlay)
         streamPainting::paintVoice(painter, voiceStatus, size());
@@ -118,9 +119,16 @@ bool StreamImageWidget::paintPicture(QPainter& painter, const QRect& area) {
     // Scaled to the screen's own pixels and put there one by one, whatever a logical pixel is.
     const QTransform toDevice = painter.deviceTransform();
     const QRect pixels = streamGeometry::devicePixels(toDevice.mapRect(QRectF(target)));
+    const QImage& picture = fittedPicture.fit(shown, pixels.size());
+    // The background is not painted where the picture hides it: on a dense screen that is a third
+    // of the work. Of the picture's outermost logical pixels a part may be background.
+    const bool hides = !picture.isNull() && !picture.hasAlphaChannel();
+    const QRect hidden = hides ? target.adjusted(1, 1, -1, -1) : QRect();
+    for (const QRect& visible : QRegion(rect()) - hidden)
+        painter.fillRect(visible, streamPainting::backgroundColor);
     const QTransform logical = painter.worldTransform();
     painter.setWorldTransform(toDevice.inverted() * logical);
-    painter.drawImage(pixels.topLeft(), fittedPicture.fit(shown, pixels.size()));
+    painter.drawImage(pixels.topLeft(), picture);
     painter.setWorldTransform(logical);
     streamPainting::paintOverlays(painter, overlays, {source, shown.size(), target});
     if (!sourceCropLabel.isEmpty())
