@@ -14,14 +14,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A frame that a scroll area makes as low as its content can be. The tiles would like to be high,
-/// and their wish must not push the lower ones out of sight.
+/// The frame of a page in a scroll area. It may be made as low as its content's minimum height:
+/// with the tiles' preferred heights the page would scroll where shrinking the tiles is enough.
 class PageFrame : public QFrame {
 public:
     explicit PageFrame(const QWidget* shownContent) : content(shownContent) {}
 
     int heightForWidth(int width) const override {
-        // A layout takes a widget's own minimum for enough, also where its content needs more.
+        // A layout uses a widget's explicit minimum height even where the widget's content needs
+        // more.
         const int squeezed = content->minimumSizeHint().height() - content->minimumHeight();
         return layout()->totalMinimumHeightForWidth(width) + std::max(squeezed, 0);
     }
@@ -30,6 +31,7 @@ private:
     const QWidget* content;
 };
 
+/// See comboContainer().
 class ComboContainer : public QWidget {
 public:
     bool hasHeightForWidth() const override { return false; }

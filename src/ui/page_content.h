@@ -29,8 +29,8 @@ void addPeopleScene(QVBoxLayout* layout, View view, const CommandLine& switches)
 /// The tile of the Combo view that says why there is no skeleton.
 QFrame* buildSkeletalTile();
 
-/// The empty widget of the Combo view's grid. It does not ask for a height that suits its width,
-/// which would be the tiles' preferred one, but takes what is there.
+/// The empty widget for the Combo view's grid. It reports no height for its width: that would be
+/// the tiles' preferred height, and the page would scroll where shrinking the tiles is enough.
 QWidget* comboContainer();
 
 /// A page: heading, description, `content` and the footer line, in a scroll

@@ -10,7 +10,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Told to people as a fixed promise of the product; --person-lost-ms is for experiments.
+// The panel states the product's usual time-out; --person-lost-ms, for experiments, does not change
+// it.
 constexpr int shownLostTimeoutSeconds = 5;
 
 } // namespace

@@ -27,7 +27,7 @@ QLabel* makeLabel(const QString& text, const QString& objectName);
 /// As makeLabel, with its text wrapped where the line is too short for it.
 QLabel* makeWrappedLabel(const QString& text, const QString& objectName);
 
-/// A small centred tag; `state` ("pending", "safe" or "warn") chooses its colours.
+/// A small centered tag; `state` ("pending", "safe" or "warn") chooses its colours.
 QLabel* statusPill(const QString& text, const QString& state);
 
 /// A titled frame with one line per row.

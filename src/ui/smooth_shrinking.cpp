@@ -74,10 +74,10 @@ public:
         std::vector<Span> spans = spansFor(source.width(), width);
         if (spans.size() % 2 == 1)
             spans.push_back(spans.back());
-        int most = 0;
+        int maximumCount = 0;
         for (const Span& span : spans)
-            most = std::max(most, span.count);
-        groups = (most + groupPixels - 1) / groupPixels;
+            maximumCount = std::max(maximumCount, span.count);
+        groups = (maximumCount + groupPixels - 1) / groupPixels;
         for (const Span& span : spans)
             starts.push_back(span.first * bytesPerPixel);
         for (std::size_t left = 0; left < spans.size(); left += 2) {
@@ -202,11 +202,11 @@ QImage shrunk(const QImage& source, const QSize& size) {
         return target;
     RowShrinker shrinker(source, size.width());
     const std::vector<Span> spans = spansFor(source.height(), size.height());
-    int most = 0;
+    int maximumCount = 0;
     for (const Span& span : spans)
-        most = std::max(most, span.count);
-    // As many shrunk rows as one target row needs, each in the place of its number modulo that.
-    const auto places = static_cast<std::size_t>(most);
+        maximumCount = std::max(maximumCount, span.count);
+    // A ring of as many shrunk rows as one target row needs: row n stands at n modulo their number.
+    const auto places = static_cast<std::size_t>(maximumCount);
     const auto stride = (static_cast<std::size_t>(size.width()) + 1) * 4;
     std::vector<std::uint32_t> shrunkRows(places * stride);
     std::vector<const std::uint32_t*> rows(places);

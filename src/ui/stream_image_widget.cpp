@@ -6,6 +6,7 @@
 #include "ui/stream_tile_accessible.h"
 
 #include <QAccessible>
+#include <QDateTime>
 #include <QPainter>
 
 using namespace Qt::StringLiterals;
@@ -73,13 +74,12 @@ QString StreamImageWidget::description() const {
 
 /// Tells screen readers, at most once a second: a banner may change with every frame.
 void StreamImageWidget::announceNewDescription() {
-    if (!QAccessible::isActive() || (announcing.isValid() && announcing.elapsed() < 1000))
+    if (!QAccessible::isActive())
         return;
     const QString now = description();
-    if (now == announced)
+    if (now == announced || !announcements.allows(QDateTime::currentMSecsSinceEpoch()))
         return;
     announced = now;
-    announcing.start();
     QAccessibleEvent event(this, QAccessible::DescriptionChanged);
     QAccessible::updateAccessibility(&event);
 }
@@ -93,8 +93,8 @@ QSize StreamImageWidget::minimumSizeHint() const {
 }
 
 void StreamImageWidget::paintEvent(QPaintEvent*) {
-    // Every pixel is painted, so nothing below needs to be. Said here, since a style sheet with
-    // rounded borders takes it back whenever it is applied.
+    // The tile paints each of its pixels, so that Qt need not paint what lies below it. Qt clears
+    // the attribute whenever a style sheet with rounded borders is applied, hence it is set here.
     setAttribute(Qt::WA_OpaquePaintEvent);
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "app/face_overlay.h"
+#include "app/rate_limit.h"
 #include "app/voice_direction_status.h"
 #include "frames/stream_frame.h"
 #include "ui/fitted_picture.h"
 
-#include <QElapsedTimer>
 #include <QImage>
 #include <QList>
 #include <QRect>
@@ -60,6 +60,6 @@ private:
     QRect sourceCrop;
     QString sourceCropLabel;
     FittedPicture fittedPicture;
-    QString announced;        ///< The description that screen readers were last told.
-    QElapsedTimer announcing; ///< Since then.
+    QString announced; ///< The description that screen readers were last told.
+    RateLimit announcements;
 };

@@ -30,8 +30,8 @@ int shownConfidence(double confidence) {
     const double rounded = std::trunc(confidence + 0.5);
     if (!(rounded > 0.0))
         return 0;
-    constexpr int most = std::numeric_limits<int>::max();
-    return rounded < most ? static_cast<int>(rounded) : most;
+    constexpr int maximum = std::numeric_limits<int>::max();
+    return rounded < maximum ? static_cast<int>(rounded) : maximum;
 }
 
 bool hasFreshDirection(const VoiceDirectionStatus& status) {

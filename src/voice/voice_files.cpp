@@ -22,7 +22,7 @@ struct FileRead {
     qint64 modifiedMs = 0;
 };
 
-/// File systems store times far outside of what milliseconds can count.
+/// File systems can store times that do not fit into 64 bits of milliseconds: they are clamped.
 qint64 toMs(const timespec& time) {
     constexpr qint64 limit = std::numeric_limits<qint64>::max() / 1000 - 1;
     return std::clamp<qint64>(time.tv_sec, -limit, limit) * 1000 + time.tv_nsec / 1000000;
@@ -64,7 +64,7 @@ VoiceFiles readVoiceFiles(const QString& homePath) {
     files.eventPath = folder + u"/auralis-live-event.json"_s;
     files.eventExists = QFile::exists(files.eventPath);
     if (auto event = readRegularFile(files.eventPath)) {
-        files.eventExists = true; // it may have come between the two looks
+        files.eventExists = true; // it may have appeared between the two checks
         files.eventOpened = true;
         files.eventBytes = std::move(event->bytes);
         files.eventModifiedMs = event->modifiedMs;
