@@ -33,6 +33,13 @@ void record(const QString& folder, const cv::Mat& gray) {
     }
 }
 
+/// The owner at a distance that samples are taken at: the box has about 190 pixels.
+cv::Mat nearOwner() {
+    cv::Mat frame(400, 560, CV_8U, cv::Scalar(70));
+    syntheticFace(210).copyTo(frame(cv::Rect(170, 90, 210, 210)));
+    return frame;
+}
+
 cv::Mat twoPeople() {
     cv::Mat frame(360, 600, CV_8U, cv::Scalar(70));
     syntheticFace(180, 1).copyTo(frame(cv::Rect(60, 80, 180, 180)));
@@ -191,11 +198,12 @@ void CommandsTest::peopleWhoGiveNoSample() {
 }
 
 void CommandsTest::anUnmovingFaceIsOneSample() {
-    record(u"owner"_s, frameWithFace());
+    record(u"owner"_s, nearOwner());
     const ToolRun run = runTool(
         {u"take"_s, u"--auto"_s, u"--seconds"_s, u"4"_s, u"--sitting"_s, u"mon"_s}, u"owner"_s);
     QCOMPARE(run.status, 1);
-    QVERIFY2(run.says(u"This is thin. Missing: 19 more samples"_s), qPrintable(run.output));
+    QVERIFY2(run.says(u"This is thin. Missing: 19 more samples"_s),
+             qPrintable(run.output + run.errors));
     QVERIFY(run.says(u" a copy"_s));
     QVERIFY(run.says(u"Restart the Control Center: it learns at its start."_s));
     QCOMPARE(samplesIn(u"faces/tavin"_s).size(), 1);
@@ -221,8 +229,7 @@ void CommandsTest::anImportedPhotographIsGood() {
     QCOMPARE(QImage(samples.first()).size(), QSize(160, 160));
     const ToolRun checked = runTool({u"check"_s});
     QCOMPARE(checked.status, 1); // thin
-    QVERIFY2(checked.output.contains(QDir(u"faces/tavin"_s).relativeFilePath(samples.first()) +
-                                     u": good"_s),
+    QVERIFY2(checked.output.startsWith(samples.first().section(u'/', 2) + u": good"_s),
              qPrintable(checked.output));
     QVERIFY(checked.output.contains(u"Samples: 1, not good: 0."_s));
     QVERIFY(checked.output.contains(u"This is thin. Missing: 19 more samples"_s));
@@ -303,7 +310,8 @@ void CommandsTest::whyAnswersFirst() {
     record(u"owner"_s, frameWithFace());
     const ToolRun live = runTool({u"why"_s}, u"owner"_s);
     QVERIFY2(live.status == 0, qPrintable(live.output + live.errors));
-    QVERIFY(live.output.startsWith(u"This face is recognised (distance 0, at most 60)"_s));
+    QVERIFY2(live.output.startsWith(u"This face is recognised (distance 0, at most 60)"_s),
+             qPrintable(live.output));
 }
 
 void CommandsTest::strangersAreCounted() {

@@ -22,6 +22,14 @@ bool wantsWindow(int argc, char** argv) {
     return argc < 2 || argv[1][0] == '-';
 }
 
+/// What the sensor's library tells of its own steps goes to the standard output, where it would
+/// hide what the tool says.
+void quietenSensorLibrary() {
+    constexpr const char* level = "LIBFREENECT2_LOGGER_LEVEL";
+    if (!qEnvironmentVariableIsSet(level))
+        qputenv(level, "warning");
+}
+
 /// Runs the tool; its application object is gone when this returns.
 int run(int& argc, char** argv) {
     tool::Console console(QStringLiteral("lumeno-enroll"));
@@ -40,6 +48,7 @@ int run(int& argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    quietenSensorLibrary();
     const int status = run(argc, argv);
     if (WorkerThread::anyLetGoStillRuns()) {
         // A worker hangs in its driver. Ending without the static destructors keeps it from
