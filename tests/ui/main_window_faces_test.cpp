@@ -1,4 +1,5 @@
 #include "app/record_types.h"
+#include "awareness/depth_scene.h"
 #include "face/face_recognition_worker.h"
 #include "face/owner_place.h"
 #include "face/synthetic_face.h"
@@ -74,6 +75,7 @@ private Q_SLOTS:
     void mockModeHasNoFaceWorker();
     void theStatusLineShowsWhatTheWorkerSays();
     void theOwnersBoxReachesTheTiles();
+    void bodiesReachTheWorker();
     void framesGoToTheWorkerAtMostEvery180Ms();
     void nullFramesDoNotReachTheWorker();
     void theFaceWorkerIsStoppedFirst();
@@ -121,6 +123,27 @@ void MainWindowFacesTest::theOwnersBoxReachesTheTiles() {
     QVERIFY(live.waitForResults(1));
     QCOMPARE(log.linesStartingWith(u"Qt face overlays: count= 1 \"Tavin "_s).size(), 1);
     QVERIFY(ownerGreenPixels() > 100);
+}
+
+void MainWindowFacesTest::bodiesReachTheWorker() {
+    const LogCapture log;
+    FaceWindow live;
+    QVERIFY(live.waitUntilLive());
+    // A body whose upper half holds the frame's face.
+    DepthScene scene;
+    scene.fillCells(QRect(22, 11, 51, 67), 2000.0F);
+    scene.fillCells(QRect(22, 11, 8, 50), 0.0F);
+    const QImage frame = colourFrame(frameWithFace(1, {640, 720}));
+    // The depth list comes after the frame that gives it its scale, and before the next frame.
+    live.window->onFramesReady(smallFrame().scaled(frame.size()), QImage(), QImage());
+    QVERIFY(live.waitForResults(1));
+    live.window->onDepthRawReady(scene.mm, scene.width, scene.height);
+    QTest::qWait(200); // the worker is handed a frame every 180 ms
+    live.window->onFramesReady(frame, QImage(), QImage());
+    QVERIFY(live.waitForResults(2));
+    const QString start = u"Qt face follow/body crop upscale:"_s;
+    QCOMPARE(log.linesStartingWith(start),
+             QStringList{start + u" regions= 1 follow_assist_faces= 1"_s});
 }
 
 void MainWindowFacesTest::framesGoToTheWorkerAtMostEvery180Ms() {
