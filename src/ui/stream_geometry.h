@@ -1,5 +1,7 @@
 #pragma once
 
+#include "voice/speaker_zones.h"
+
 #include <QPoint>
 #include <QRect>
 #include <QRectF>
@@ -38,7 +40,7 @@ QRect captionTag(const QRect& screenBox, int textWidth, const QRect& imageTarget
 /// Banner across the top of a widget `width` pixels wide; empty when there is no room.
 QRect bannerRect(int width);
 
-constexpr int speakerLightCount = 6;
+constexpr int speakerLightCount = speakerZones::count;
 /// The light number `index`, 0 (left) to 5, on a widget of that size.
 QRect speakerLight(int index, const QSize& widgetSize);
 
