@@ -5,16 +5,14 @@
 #include "frames/sensor_facts.h"
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QFile>
 #include <QMutexLocker>
-#include <atomic>
 #include <chrono>
 #include <opencv2/core/utility.hpp>
-#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
-#include <thread>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -24,40 +22,17 @@ namespace {
 constexpr unsigned long frameWaitMs = 250;
 
 constexpr const char* threadName = "face-search"; // at most 15 characters
-constexpr std::chrono::milliseconds poolWait{20};
 
-/// Gives the calling thread the lowest share of the processor. QThread's priorities do nothing
-/// under Linux's usual scheduling; niceness belongs to the thread there.
-///
-/// OpenCV's thread count stays as it is. Measured on two cores beside a thread that paints for
-/// 14 ms and one that converts for 8 ms of every 33 ms: searching with two threads as nice as this
-/// takes 0.75 of the time that one thread takes (449 against 601 ms a cascade), as fast as without
-/// niceness, and leaves the painting undisturbed (done after 14.2 ms at the median and 18.7 ms at
-/// the 95th percentile, 14.3 and 14.5 ms without any search); without niceness it is 28 and 35 ms,
-/// and one thread without niceness costs more delay than two nice ones.
+/// Gives the calling thread the lowest share of the processor among the threads of its log-in
+/// group. QThread's priorities do nothing under Linux's usual scheduling; niceness belongs to the
+/// thread there.
 void yieldProcessorToOthers() {
     setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 19);
 }
 
-/// Does the same for the threads of OpenCV's pool, whoever made it start them, and names them like
-/// this thread, whose searches are nearly all that they ever do. Those that it starts later inherit
-/// both.
-///
-/// Each piece of the parallel loop holds its thread until all have begun, so that each lands on a
-/// thread of its own. While another loop runs somewhere in the program the library gives all pieces
-/// to the caller; that is why every pass does this anew. It takes about a tenth of a millisecond.
-void makePoolYield() {
-    const int threads = cv::getNumThreads();
-    const auto deadline = std::chrono::steady_clock::now() + poolWait;
-    std::atomic<int> begun = 0;
-    const auto piece = [&](const cv::Range& range) {
-        yieldProcessorToOthers();
-        pthread_setname_np(pthread_self(), threadName);
-        begun += range.size();
-        while (begun < threads && std::chrono::steady_clock::now() < deadline)
-            std::this_thread::yield();
-    };
-    cv::parallel_for_(cv::Range(0, threads), piece, threads);
+qint64 steadyMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 } // namespace
@@ -65,6 +40,9 @@ void makePoolYield() {
 FaceRecognitionWorker::FaceRecognitionWorker(int lostTimeout, QObject* parent, Options settings)
     : WorkerThread(parent), lostTimeoutMs(lostTimeout), options(std::move(settings)) {
     setObjectName(QLatin1StringView(threadName)); // for whoever looks at the process's threads
+    // A pass is so short that the library's pool would gain little, and its threads would not be as
+    // nice as this one. Here, because no other thread uses the library yet.
+    cv::setNumThreads(1);
 }
 
 FaceRecognitionWorker::~FaceRecognitionWorker() {
@@ -90,6 +68,8 @@ void FaceRecognitionWorker::submitFrame(const StreamFrame& frame) {
 
 void FaceRecognitionWorker::setBodyRegions(const QList<QRect>& regions) {
     const QMutexLocker lock(&stopMutex);
+    if (regions.size() != bodyRegions.size())
+        wakeUp.wakeOne(); // from its rest
     bodyRegions = regions;
 }
 
@@ -167,7 +147,6 @@ bool FaceRecognitionWorker::loadCascades(FaceTools& tools) {
 /// when somebody first stands close, minutes or hours later. Nothing in it looks like a face, so it
 /// is quick.
 void FaceRecognitionWorker::searchLargestFrame(FaceTools& tools) {
-    makePoolYield();
     cv::Mat empty(sensor::colorHeight, sensor::colorWidth, CV_8U, cv::Scalar(0));
     try {
         findFaces(empty, tools, options, {QRect(0, 0, empty.cols, empty.rows)}, stopToken());
@@ -184,9 +163,19 @@ void FaceRecognitionWorker::watch(FaceTools& tools) {
         try {
             workOnFrame(*input, tools);
         } catch (const std::exception& error) {
-            qInfo() << "Qt face frame skipped:" << error.what();
+            if (skipLimit.allows(steadyMs()))
+                qInfo() << "Qt face frame skipped:" << error.what();
         }
     }
+}
+
+/// Waits until the rest is over, another number of bodies is seen or the thread is to stop.
+void FaceRecognitionWorker::rest(qint64 restMs, qsizetype bodies) {
+    const QDeadlineTimer end(restMs);
+    const QMutexLocker lock(&stopMutex);
+    while (!stopRequested && !isInterruptionRequested() && bodyRegions.size() == bodies &&
+           !end.hasExpired())
+        wakeUp.wait(&stopMutex, end);
 }
 
 /// The newest frame and the body regions; nothing when the thread is to stop.
@@ -206,8 +195,8 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
     cv::Mat grey = greyFrame(input.frame.image());
     if (grey.empty())
         return;
-    makePoolYield();
     const qint64 nowMs = QDateTime::currentMSecsSinceEpoch();
+    const qint64 beganMs = steadyMs();
     const FacePass pass = findFaces(grey, tools, options, input.bodyRegions, stopToken());
     if (isStopRequested())
         return;
@@ -219,6 +208,14 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
     const QList<FaceOverlay> overlays = faceOverlays(tracks, nowMs, lostTimeoutMs);
     logOverlays(overlays, nowMs);
     Q_EMIT overlaysReady(overlays);
+
+    PassRest::Outcome outcome;
+    for (const Track& track : tracks.tracks)
+        outcome.tracks.push_back(track.id);
+    outcome.unshownTrack = overlays.size() != static_cast<qsizetype>(tracks.tracks.size());
+    outcome.bodyRegions = input.bodyRegions.size();
+    if (const qint64 restMs = passRest.after(outcome, beganMs, steadyMs()); restMs > 0)
+        rest(restMs, outcome.bodyRegions);
 }
 
 void FaceRecognitionWorker::logOverlays(const QList<FaceOverlay>& overlays, qint64 nowMs) {

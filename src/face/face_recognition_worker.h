@@ -5,6 +5,7 @@
 #include "app/worker_thread.h"
 #include "face/face_options.h"
 #include "face/face_pass.h"
+#include "face/pass_rest.h"
 #include "frames/stream_frame.h"
 
 #include <QImage>
@@ -24,7 +25,9 @@
 /// - Only the newest frame counts: one that was not taken yet is replaced by the next.
 /// - A stop is noticed between the pieces of the start steps and between the detectors of a pass; a
 ///   frame still waiting is not worked on.
-/// - The thread and the threads that OpenCV makes for it run at the lowest priority.
+/// - The thread runs at the lowest priority. OpenCV is set to work in its callers' threads when a
+///   worker is made, so that it starts none for it.
+/// - When nothing is new it rests between two passes; see PassRest.
 class FaceRecognitionWorker : public WorkerThread {
     Q_OBJECT
 
@@ -62,6 +65,7 @@ private:
     void watch(FaceTools& tools);
     std::optional<HandedOver> waitForFrame();
     void workOnFrame(const HandedOver& input, FaceTools& tools);
+    void rest(qint64 restMs, qsizetype bodies);
     void logOverlays(const QList<FaceOverlay>& overlays, qint64 nowMs);
 
     // Constant.
@@ -76,4 +80,6 @@ private:
     Options options;
     FaceTracks tracks;
     RateLimit logLimit;
+    RateLimit skipLimit;
+    PassRest passRest;
 };
