@@ -58,10 +58,11 @@ struct BareSearch {
         for (std::size_t i = 0; i < seen.images.size(); ++i)
             calls.push_back({seen.images[i], seen.minSizes[i], frontal});
     }
-    void run(FaceTools& tools, const Options& options) const {
+    void run(cv::CascadeClassifier& frontal, cv::CascadeClassifier& profile,
+             const Options& options) const {
         for (const Call& call : calls) {
             std::vector<cv::Rect> hits;
-            (call.frontal ? tools.frontal : tools.profile)
+            (call.frontal ? frontal : profile)
                 .detectMultiScale(call.image, hits, options.scaleFactor, options.minNeighbors, 0,
                                   call.minSize, cv::Size());
             benchmark::DoNotOptimize(hits.data());
@@ -73,7 +74,9 @@ struct State {
     explicit State(QList<QRect> regions)
         : frame(roomFrame()), bodies(std::move(regions)), bare(frame, bodies, options) {
         if (!loadCascade(tools.frontal, options.frontalCascadePath) ||
-            !loadCascade(tools.profile, options.profileCascadePath))
+            !loadCascade(tools.profile, options.profileCascadePath) ||
+            !libraryFrontal.load(options.frontalCascadePath) ||
+            !libraryProfile.load(options.profileCascadePath))
             throw std::runtime_error("the cascades are not installed");
         std::vector<TrainingSample> samples;
         for (unsigned person = 1; person <= 20; ++person)
@@ -94,6 +97,8 @@ struct State {
     QList<QRect> bodies;
     BareSearch bare;
     FaceTools tools;
+    cv::CascadeClassifier libraryFrontal; // as the library loads them, with its own search
+    cv::CascadeClassifier libraryProfile;
     FaceTracks tracks;
     qint64 now = 0;
 };
@@ -101,13 +106,16 @@ struct State {
 RatioRow faceRow(std::string what, QList<QRect> bodies) {
     return {
         .what = std::move(what),
-        .against = "its detectMultiScale calls on prepared images",
-        .atMost = 1.05,
+        .against = "the library's searches of its images",
+        .atMost = {}, // 0.12 is aimed at, and not yet measured on a quiet machine
         .prepare =
             [bodies = std::move(bodies)] {
                 const auto state = std::make_shared<State>(bodies);
                 return Contest{[state] { state->pass(); },
-                               [state] { state->bare.run(state->tools, state->options); }};
+                               [state] {
+                                   state->bare.run(state->libraryFrontal, state->libraryProfile,
+                                                   state->options);
+                               }};
             },
         .repetitions = 5,
     };
