@@ -7,7 +7,8 @@ using libfreenect2::Frame;
 
 namespace {
 
-constexpr unsigned int allStreams = Frame::Color | Frame::Ir | Frame::Depth;
+constexpr unsigned int withoutColor = Frame::Ir | Frame::Depth;
+constexpr unsigned int allStreams = Frame::Color | withoutColor;
 
 } // namespace
 
@@ -50,10 +51,11 @@ bool SensorSession::open() {
 }
 
 bool SensorSession::startStreams() {
-    listener.emplace(colorWanted ? allStreams : allStreams & ~unsigned{Frame::Color});
-    opened->setColorFrameListener(&*listener);
+    listener.emplace(colorWanted ? allStreams : withoutColor);
+    if (colorWanted)
+        opened->setColorFrameListener(&*listener);
     opened->setIrAndDepthFrameListener(&*listener);
-    streaming = opened->startStreams(colorWanted, true);
+    streaming = colorWanted ? opened->start() : opened->startStreams(false, true);
     return streaming;
 }
 
