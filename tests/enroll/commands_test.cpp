@@ -37,6 +37,7 @@ void record(const QString& folder, const cv::Mat& gray) {
 cv::Mat nearOwner() {
     cv::Mat frame(400, 560, CV_8U, cv::Scalar(70));
     syntheticFace(210).copyTo(frame(cv::Rect(170, 90, 210, 210)));
+    frame.convertTo(frame, -1, 1.3, -20.0); // drawn that large it would count as blurred
     return frame;
 }
 

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int checkEveryMs = 1000;
-constexpr qint64 silentAfterMs = 5000;
+constexpr qint64 silentAfterMs = 10000; // a busy machine may take seconds for the first picture
 
 } // namespace
 

@@ -36,7 +36,7 @@ Q_SIGNALS:
     void looked(const enroll::FrameLook& look);
     /// The sensor could not be started; one sentence with the cure. Nothing follows.
     void failed(const QString& sentence);
-    /// The sensor has given no colour picture for 5 s or more; once a second until it does.
+    /// The sensor has given no colour picture for 10 s or more; once a second until it does.
     void silent();
 
 private:
