@@ -364,7 +364,7 @@ void CommandsTest::aKilledToolLeavesNoHalfFile() {
         while (later.nsecsElapsed() < round * 3'000'000LL)
             ;
         process.kill();
-        QVERIFY(process.waitForFinished());
+        QVERIFY(process.state() == QProcess::NotRunning || process.waitForFinished());
         const QStringList samples = samplesIn(u"faces/tavin"_s);
         QVERIFY(!samples.isEmpty());
         for (const QString& sample : samples) {
