@@ -454,8 +454,8 @@ void StreamImageWidgetTest::anOverlayWithNoFieldSetIsSolidAndBlack() {
     for (int x = 120; x < 210; ++x) {
         for (int y = 185; y <= 187; ++y)
             QCOMPARE(painted.pixelColor(x, y), QColor(Qt::black));
-        QCOMPARE(painted.pixelColor(x, 183), QColor(Qt::white));
-        QCOMPARE(painted.pixelColor(x, 189), QColor(Qt::white));
+        QCOMPARE(painted.pixelColor(x, 184), QColor(Qt::white));
+        QCOMPARE(painted.pixelColor(x, 188), QColor(Qt::white));
     }
     // Its caption is the tier alone, behind the name that it does not have.
     FaceOverlay named = overlay;

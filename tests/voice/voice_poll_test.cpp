@@ -112,8 +112,11 @@ void VoicePollTest::everyPollWritesOneLine() {
 void VoicePollTest::everyPollEndsWithAnAwarenessPass() {
     const LogCapture log;
     const auto window = makeWindow();
+    window->resize(1440, 810);
+    window->setView(u"rgb"_s);
+    window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(window.get()));
     StreamImageWidget* tile = window->streamLabel(u"rgb"_s);
-    tile->resize(700, 500);
     QImage image(640, 480, QImage::Format_RGB888);
     image.fill(Qt::gray);
     window->onFramesReady(image, {}, {});
@@ -123,8 +126,11 @@ void VoicePollTest::everyPollEndsWithAnAwarenessPass() {
     somebody.label = u"Unknown"_s;
     window->onFaceOverlaysReady({somebody});
     // Far from the lights and the voice text at the foot.
-    const auto upperHalf = [tile] { return tile->grab(QRect(0, 0, 700, 250)).toImage(); };
+    const auto upperHalf = [tile] {
+        return tile->grab(QRect(0, 0, tile->width(), tile->height() / 2)).toImage();
+    };
     const QImage before = upperHalf();
+    QCOMPARE(upperHalf(), before);
     writeFiles(R"("status": "running")");
     window->pollAuralisStatus();
     QVERIFY2(upperHalf() != before, "the caption says who may be speaking");
