@@ -100,3 +100,5 @@ string(REPLACE "\n\n" "\n.\n" LUMENO_LICENSE_TEXT "${LUMENO_LICENSE_TEXT}")
 string(REPLACE "\n" "\n " LUMENO_LICENSE_TEXT "${LUMENO_LICENSE_TEXT}")
 configure_file(${packaging}/debian/copyright.in ${generated}/copyright @ONLY)
 install(FILES ${generated}/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+include(Package)

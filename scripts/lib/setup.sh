@@ -12,6 +12,9 @@ test_packages=(xvfb xdotool python3)
 lint_packages=(clang-format clang-tidy shellcheck)
 bench_packages=(libbenchmark-dev)
 fuzz_packages=(clang libclang-rt-dev)
+package_packages=(dpkg-dev file)
+check_packages=(desktop-file-utils appstream man-db lintian systemd)
+system_packages=(debootstrap xvfb xdotool imagemagick)
 soak_packages=(xvfb xdotool gnuplot-nox python3)
 
 say() { printf '%s\n' "$*" >&2; }
