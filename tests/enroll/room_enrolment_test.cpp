@@ -38,6 +38,14 @@ namespace {
 
 constexpr int slowestMs = 120000;
 
+constexpr int leastLooks = 120;
+
+/// How many pictures the tool had time for, as its report says.
+int looksOf(const ToolRun& run) {
+    static const QRegularExpression report(u"Kept \\d+ of (\\d+) frames"_s);
+    return report.match(run.output).captured(1).toInt();
+}
+
 double stampOf(const QString& line) {
     return line.trimmed().section(u' ', 0, 0).toDouble();
 }
@@ -59,6 +67,9 @@ void RoomEnrolmentTest::initTestCase() {
     taken = runTool({u"take"_s, u"--auto"_s, u"--seconds"_s, u"60"_s, u"--sitting"_s, u"room"_s},
                     u"room"_s, {}, slowestMs);
     qInfo().noquote() << taken.output << taken.errors.right(400);
+    // The story waits for nobody: who looks too seldom never sees a face standing still.
+    if (looksOf(taken) < leastLooks)
+        QSKIP("this machine is too slow or too busy to look at two pictures a second");
     samples = enroll::readSamples(u"faces/tavin"_s);
     for (const enroll::SampleFile& sample : samples) {
         const QImage image(sample.path);
@@ -76,7 +87,7 @@ void RoomEnrolmentTest::initTestCase() {
     for (const QString& line : program.logLinesWith(u"Qt face overlays:"_s))
         faceLines.append(QString::number(stampOf(line) - began, 'f', 1) + u' ' +
                          line.section(u"Qt face overlays:"_s, 1));
-    // The story waits for nobody: where face passes take seconds there is nothing to see.
+    // The same for the Control Center.
     const auto early = std::count_if(faceLines.begin(), faceLines.end(),
                                      [](const QString& line) { return stampOf(line) < 15.0; });
     if (early < 8)
