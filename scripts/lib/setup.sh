@@ -9,7 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.."
 build_packages=(g++ cmake ninja-build pkg-config qt6-base-dev libopencv-dev opencv-data
     fonts-dejavu-core)
 test_packages=(xvfb xdotool python3)
-lint_packages=(clang-format clang-tidy shellcheck)
+lint_packages=(clang-format clang-tidy shellcheck python3)
 bench_packages=(libbenchmark-dev)
 fuzz_packages=(clang libclang-rt-dev)
 package_packages=(dpkg-dev file)
