@@ -62,7 +62,7 @@ public:
     cv::Ptr<MaskGenerator> getMaskGenerator() override { return library->getMaskGenerator(); }
 
 private:
-    bool canSearch(const cv::InputArray& image, double factor, cv::Size maxSize) {
+    bool canSearch(cv::InputArray image, double factor, cv::Size maxSize) {
         return search && image.isMat() && image.dims() == 2 && image.type() == CV_8UC1 &&
                image.size().width >= search->window().width &&
                image.size().height >= search->window().height && factor >= minScaleFactor &&
