@@ -24,8 +24,8 @@ bool hasSampleName(const fs::path& path) {
                extensions.end();
 }
 
-/// Whether the file's header, read without decoding, announces an image of a bearable size.
-bool bearableSize(const fs::path& path) {
+/// Whether the file's header, read without decoding it, promises an image small enough to decode.
+bool isSmallEnough(const fs::path& path) {
     QFile file(QFile::decodeName(path.c_str()));
     if (!file.open(QIODevice::ReadOnly))
         return false;
@@ -66,7 +66,7 @@ std::vector<std::string> ownerSamplePaths(const std::string& directory,
 
 cv::Mat readOwnerSample(const std::string& path) {
     try {
-        if (!bearableSize(path))
+        if (!isSmallEnough(path))
             return {};
         const cv::Mat grey = cv::imread(path, cv::IMREAD_GRAYSCALE);
         const cv::Size side(sampleSidePx, sampleSidePx);

@@ -1,6 +1,5 @@
 #include "ui/stream_image_widget.h"
 
-#include "support/log_capture.h"
 #include "support/picture_compare.h"
 #include "ui/plain_stream_painter.h"
 #include "ui/stream_geometry.h"
@@ -19,7 +18,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinite = std::numeric_limits<double>::infinity();
 const QString followLabel = u"VISIBLE FOLLOW ZOOM ACTIVE | current view: FOLLOW"_s;
 
 QString differenceFromPlain(const StreamScene& scene, const QSize& size, qreal ratio = 1.0) {
@@ -80,9 +78,6 @@ private Q_SLOTS:
     void aHiddenTileDoesNoWork();
     void nothingBelowATileIsPaintedWithIt();
     void aTextWithLineBreaksIsOneLine();
-    void hostileValuesArePainted_data();
-    void hostileValuesArePainted();
-    void everyTinySizeIsPainted();
 };
 
 void StreamImageWidgetTest::hasItsNameSizesAndPolicy() {
@@ -548,72 +543,6 @@ void StreamImageWidgetTest::aTextWithLineBreaksIsOneLine() {
     plain.label = u"first second"_s;
     plain.voice.reason = u"first second"_s;
     QCOMPARE(paint(broken, QSize(640, 360)), paint(plain, QSize(640, 360)));
-}
-
-void StreamImageWidgetTest::hostileValuesArePainted_data() {
-    QTest::addColumn<StreamScene>("scene");
-    constexpr int least = std::numeric_limits<int>::min();
-    constexpr int most = std::numeric_limits<int>::max();
-    const QList<QRect> rects{QRect(QPoint(least, least), QPoint(most, most)),
-                             QRect(QPoint(most, most), QPoint(least, least)),
-                             QRect(QPoint(least, 0), QPoint(least, most)),
-                             QRect(QPoint(0, 0), QPoint(most, most)),
-                             QRect(QPoint(most - 1, 5), QPoint(most, 9)),
-                             QRect(QPoint(300, 300), QPoint(100, 100)),
-                             QRect()};
-    const QList<double> doubles{notANumber, infinite, -infinite, 1e308, -1e308, 4.9e-324};
-    const QList<QString> texts{u"x"_s.repeated(3'000'000),
-                               u"\u202e\u202e"_s + u"שלום "_s.repeated(1000),
-                               u"a\u0301\u0301\u0301"_s.repeated(500),
-                               QString(1000, QChar(0)),
-                               u"\n"_s.repeated(100000),
-                               QString(300, QChar(0xd800)),
-                               u"%1 %2 %99 %n"_s,
-                               u"<b>&amp;&x</b>"_s,
-                               u"👩\u200d🚀"_s.repeated(400)};
-    for (qsizetype index = 0; index < texts.size(); ++index) {
-        StreamScene scene = sceneWithImage();
-        scene.showVoice = true;
-        scene.placeholder = scene.label = scene.voice.reason = texts[index];
-        scene.voice = direction(doubles[index % doubles.size()]);
-        scene.voice.fresh = index % 2 == 0;
-        scene.voice.confidence = doubles[index % doubles.size()];
-        scene.crop = rects[index % rects.size()];
-        for (const QRect& rect : rects) {
-            FaceOverlay overlay = box(rect, texts[index]);
-            overlay.tier = overlay.speakerNote = overlay.status = texts[index];
-            overlay.stale = true;
-            overlay.hasDistance = true;
-            overlay.confidence = overlay.distanceMeters = doubles[index % doubles.size()];
-            scene.overlays.append(overlay);
-        }
-        QTest::addRow("text %d", int(index)) << scene;
-    }
-}
-
-void StreamImageWidgetTest::hostileValuesArePainted() {
-    QFETCH(StreamScene, scene);
-    const LogCapture log;
-    const QImage painted = paint(scene, QSize(640, 360));
-    QVERIFY(painted.pixelColor(320, 0) == QColor(52, 66, 84)); // reached its end
-    scene.image = QImage();
-    QVERIFY(paint(scene, QSize(640, 360)).pixelColor(320, 0) == QColor(52, 66, 84));
-    QCOMPARE(log.warnings(), QStringList());
-}
-
-void StreamImageWidgetTest::everyTinySizeIsPainted() {
-    StreamScene scene = sceneWithImage(QSize(40, 30));
-    scene.overlays = {box(QRect(0, 0, 20, 20))};
-    scene.label = followLabel;
-    scene.showVoice = true;
-    const LogCapture log;
-    for (int width = 1; width < 40; ++width) {
-        for (const int height : {1, 11, 12, 13, 40, 200}) {
-            const QImage painted = paint(scene, QSize(width, height));
-            QVERIFY(painted.pixelColor(width / 2, height / 2) != QColor(Qt::magenta));
-        }
-    }
-    QCOMPARE(log.warnings(), QStringList());
 }
 
 QTEST_MAIN(StreamImageWidgetTest)
