@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringBuilder>
 
 /// A line of this program with a text of somebody else in it: a driver's message, a service's
 /// error. That text may be anything and of any length; ours around it is short.
@@ -9,6 +10,6 @@ struct StatusText {
     QString foreign;
     QString ending;
 
-    QString whole() const { return beginning + foreign + ending; }
+    QString whole() const { return beginning % foreign % ending; }
     bool operator==(const StatusText&) const = default;
 };

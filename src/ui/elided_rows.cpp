@@ -6,12 +6,13 @@
 #include <QTextLayout>
 #include <QTextOption>
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace {
 
 /// The elided part is found to this many characters: each try lays a text out.
-constexpr int step = 4;
+constexpr int step = 8;
 
 /// The rows of `line`; no more than one beyond `maximumRows`, which says that it does not fit.
 QStringList wrapped(const QString& line, const QFont& font, int width, int maximumRows) {
@@ -52,14 +53,13 @@ qsizetype roomFor(const QString& text, const QFont& font, int width) {
 }
 
 /// The rows of the most characters, of at most `maximum`, whose rows fit; `rows`, those of none,
-/// where no more do.
+/// where no more do. `maximum` being a guess from the room there is, it begins not far below.
 template <class RowsOf, class Fits>
 QStringList longestThatFits(QStringList rows, qsizetype maximum, const RowsOf& rowsOf,
                             const Fits& fits) {
     qsizetype low = 0;
     qsizetype high = maximum / step;
-    while (low < high) {
-        const qsizetype middle = low + (high - low + 1) / 2;
+    for (qsizetype middle = high * 3 / 4; low < high; middle = low + (high - low + 1) / 2) {
         if (QStringList tried = rowsOf(middle * step); fits(tried)) {
             rows = std::move(tried);
             low = middle;
@@ -70,30 +70,55 @@ QStringList longestThatFits(QStringList rows, qsizetype maximum, const RowsOf& r
     return rows;
 }
 
+/// The parts of a text as they are shown, and the limits of the place for them.
+struct Rows {
+    Rows(const StatusText& text, const QFont& rowFont, int rowWidth, int rowLimit)
+        : beginning(streamText::singleLine(text.beginning)),
+          foreign(streamText::singleLine(text.foreign)),
+          ending(streamText::singleLine(text.ending)), font(rowFont), width(rowWidth),
+          maximum(rowLimit), room(roomFor(foreign, font, width * maximum)) {}
+
+    QStringList of(const QString& line) const { return wrapped(line, font, width, maximum); }
+    bool fit(const QStringList& rows) const { return rows.size() <= maximum; }
+
+    /// The rows of the whole text, where it fits.
+    std::optional<QStringList> ofAll() const {
+        if (foreign.size() > room)
+            return std::nullopt;
+        QStringList rows = of(beginning + foreign + ending);
+        return fit(rows) ? std::optional(std::move(rows)) : std::nullopt;
+    }
+
+    QString beginning;
+    QString foreign;
+    QString ending;
+    const QFont& font;
+    int width;
+    int maximum;
+    qsizetype room;
+};
+
 } // namespace
 
 QStringList elidedRows(const StatusText& text, const QFont& font, int width, int maximumRows) {
-    const QString beginning = streamText::singleLine(text.beginning);
-    QString foreign = streamText::singleLine(text.foreign);
-    const QString ending = streamText::singleLine(text.ending);
-    const auto rowsOf = [&](const QString& line) {
-        return wrapped(line, font, width, maximumRows);
-    };
-    const auto fits = [&](const QStringList& rows) { return rows.size() <= maximumRows; };
-
-    const qsizetype room = roomFor(foreign, font, width * maximumRows);
-    if (foreign.size() <= room) {
-        if (QStringList rows = rowsOf(beginning + foreign + ending); fits(rows))
-            return rows;
-    }
-    if (foreign.endsWith(u'…')) // cut already: one sign for both is enough
-        foreign.chop(1);
+    Rows rows(text, font, width, maximumRows);
+    if (const auto all = rows.ofAll())
+        return *all;
+    const auto fits = [&](const QStringList& tried) { return rows.fit(tried); };
+    if (rows.foreign.endsWith(u'…')) // cut already: one sign for both is enough
+        rows.foreign.chop(1);
     const auto shortened = [&](qsizetype kept) {
-        return rowsOf(beginning + withoutMiddle(foreign, kept) + ending);
+        return rows.of(rows.beginning + withoutMiddle(rows.foreign, kept) + rows.ending);
     };
-    if (QStringList rows = shortened(0); !foreign.isEmpty() && fits(rows))
-        return longestThatFits(rows, std::min(foreign.size() - 1, room), shortened, fits);
-    const QString own = beginning + ending;
-    const auto ownShortened = [&](qsizetype kept) { return rowsOf(withoutMiddle(own, kept)); };
+    if (const QStringList least = shortened(0); !rows.foreign.isEmpty() && rows.fit(least))
+        return longestThatFits(least, std::min(rows.foreign.size() - 1, rows.room), shortened,
+                               fits);
+    const QString own = rows.beginning + rows.ending;
+    const auto ownShortened = [&](qsizetype kept) { return rows.of(withoutMiddle(own, kept)); };
     return longestThatFits(ownShortened(0), own.size() - 1, ownShortened, fits);
+}
+
+int elidedRowCount(const StatusText& text, const QFont& font, int width, int maximumRows) {
+    const auto all = Rows(text, font, width, maximumRows).ofAll();
+    return all ? int(all->size()) : maximumRows; // what is shortened fills all the rows
 }

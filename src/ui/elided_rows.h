@@ -10,3 +10,6 @@
 /// the foreign part gives way to "…", and only where even our own text does not fit, the middle of
 /// that. Takes a time that does not depend on the length of the foreign part.
 QStringList elidedRows(const StatusText& text, const QFont& font, int width, int maximumRows);
+
+/// The number of rows that elidedRows() gives; found without looking for what to leave out.
+int elidedRowCount(const StatusText& text, const QFont& font, int width, int maximumRows);

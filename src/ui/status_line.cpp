@@ -41,7 +41,7 @@ void StatusLine::setText(const StatusText& newText) {
         return;
     shownText = newText;
     measuredWidth = -1;
-    keptRows = std::max(keptRows, rowsFor(width()).size());
+    keptRows = std::max(keptRows, rows().size());
     QLabel::setText(newText.whole());
     const QString bounded = streamText::singleLine(newText.beginning) +
                             streamText::singleLine(newText.foreign) +
@@ -60,17 +60,16 @@ void StatusLine::setMaximumRows(int rows) {
     update();
 }
 
-QStringList StatusLine::rows() const {
-    return rowsFor(width());
-}
-
-const QStringList& StatusLine::rowsFor(int width) const {
-    if (width != measuredWidth) {
-        measuredWidth = width;
-        const int room = std::max(width - acrossOf(contentsMargins()), 1);
-        measuredRows = elidedRows(shownText, font(), room, maximumRows);
+const QStringList& StatusLine::rows() const {
+    if (width() != measuredWidth) {
+        measuredWidth = width();
+        measuredRows = elidedRows(shownText, font(), roomIn(width()), maximumRows);
     }
     return measuredRows;
+}
+
+int StatusLine::roomIn(int width) const {
+    return std::max(width - acrossOf(contentsMargins()), 1);
 }
 
 int StatusLine::heightOf(qsizetype rowCount) const {
@@ -89,9 +88,11 @@ QSize StatusLine::minimumSizeHint() const {
 }
 
 int StatusLine::heightForWidth(int width) const {
-    const qsizetype needed = rowsFor(width).size();
-    const qsizetype kept = width == this->width() ? keptRows : 0;
-    return heightOf(std::clamp<qsizetype>(std::max(needed, kept), 1, maximumRows));
+    // Layouts also ask for widths that the line never gets: the number of rows is soon known.
+    const qsizetype needed = width == this->width()
+                                 ? std::max(rows().size(), keptRows)
+                                 : elidedRowCount(shownText, font(), roomIn(width), maximumRows);
+    return heightOf(std::clamp<qsizetype>(needed, 1, maximumRows));
 }
 
 void StatusLine::paintEvent(QPaintEvent*) {
@@ -106,7 +107,7 @@ void StatusLine::paintEvent(QPaintEvent*) {
 void StatusLine::resizeEvent(QResizeEvent* event) {
     QLabel::resizeEvent(event);
     if (event->size().width() != event->oldSize().width())
-        keptRows = rowsFor(width()).size();
+        keptRows = rows().size();
 }
 
 void StatusLine::changeEvent(QEvent* event) {

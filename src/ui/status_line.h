@@ -21,7 +21,7 @@ public:
     void setMaximumRows(int rows);
 
     /// What is painted at the present width, row by row.
-    QStringList rows() const;
+    const QStringList& rows() const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -33,7 +33,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    const QStringList& rowsFor(int width) const;
+    int roomIn(int width) const;
     int heightOf(qsizetype rowCount) const;
 
     StatusText shownText;
@@ -41,7 +41,7 @@ private:
     /// A row that a text needed once stays until the width changes: views must not jump up and down
     /// when a number in a text gains a digit and loses it again.
     qsizetype keptRows = 0;
-    // What rowsFor() found last; layouts ask for the same width again and again.
+    // What rows() found, and for which width; -1 when it has to be found again.
     mutable int measuredWidth = -1;
     mutable QStringList measuredRows;
 };

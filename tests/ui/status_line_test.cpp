@@ -61,6 +61,7 @@ private Q_SLOTS:
     void aShortTextIsOneRowAndWhole();
     void aLongTextKeepsItsBeginningAndItsEnding_data();
     void aLongTextKeepsItsBeginningAndItsEnding();
+    void theNumberOfRowsIsKnownWithoutTheRows();
     void asMuchOfTheForeignPartIsShownAsFits();
     void whereOurOwnTextDoesNotFitItsEndsStay();
     void noCharacterIsCutInHalf();
@@ -114,6 +115,19 @@ void StatusLineTest::aLongTextKeepsItsBeginningAndItsEnding() {
     QCOMPARE(rows.join(u' ').count(u'…'), 1);
     for (const QString& row : rows)
         QVERIFY(QFontMetrics(font).horizontalAdvance(row) <= width);
+    QCOMPARE(elidedRowCount(withForeign(foreign), font, width, maximumRows), maximumRows);
+}
+
+void StatusLineTest::theNumberOfRowsIsKnownWithoutTheRows() {
+    QFont font;
+    font.setPixelSize(12);
+    for (int count = 0; count < 40; ++count) {
+        for (const int width : {300, 698, 1400}) {
+            const StatusText text = withForeign(words(count));
+            QCOMPARE(elidedRowCount(text, font, width, 3),
+                     int(elidedRows(text, font, width, 3).size()));
+        }
+    }
 }
 
 void StatusLineTest::asMuchOfTheForeignPartIsShownAsFits() {

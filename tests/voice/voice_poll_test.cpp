@@ -194,7 +194,7 @@ void VoicePollTest::aRunawayTextCostsLittleMoreThanAShortOne() {
     };
     constexpr qint64 none = std::numeric_limits<qint64>::max();
     qint64 shortStatus = none, longStatus = none, shortPoll = none, longPoll = none;
-    for (int round = 0; round < 7; ++round) { // a new text each time
+    for (int round = 0; round < 15; ++round) { // a new text each time
         const QByteArray words = QByteArray::number(round) + " lost it again. ";
         const QByteArray megabyte = words.repeated(1024 * 1024 / words.size() - 10);
         shortStatus = std::min(shortStatus, statusNs(QString::fromUtf8(words)));
@@ -210,8 +210,8 @@ void VoicePollTest::aRunawayTextCostsLittleMoreThanAShortOne() {
     qInfo("shown: %.1f times, polled: %.1f times", times(longStatus, shortStatus),
           times(longPoll, shortPoll));
     QVERIFY2(longStatus <= 3 * shortStatus, "what is shown is bounded");
-    // The six searches and the line of the log do go over all of the text.
-    QVERIFY2(longPoll <= 10 * shortPoll, "nothing but reading and logging takes longer");
+    QVERIFY2(longPoll <= 3 * shortPoll,
+             "searches and the line of the log go over it at full speed");
 }
 
 QTEST_MAIN(VoicePollTest)
