@@ -283,23 +283,48 @@ void SittingTest::hintsTellTheCure_data() {
     QTest::addColumn<int>("side");
     QTest::addColumn<double>("meters");
     QTest::addColumn<QString>("hint");
-    const auto row = [](const char* name, Flaw flaw, int side, double meters, const QString& hint) {
-        QTest::newRow(name) << int(flaw) << side << meters << hint;
+    QTest::addColumn<bool>("guided"); // to the near station
+    const auto row = [](const char* name, Flaw flaw, int side, double meters, const QString& hint,
+                        bool guided = true) {
+        QTest::newRow(name) << int(flaw) << side << meters << hint << guided;
     };
     row("nobody", Flaw::NoFace, 0, 0, u"Nobody is to be seen: look at the sensor."_s);
     row("two", Flaw::SeveralFaces, 200, 0,
         u"Two people are in the picture: only the owner may be."_s);
     row("far", Flaw::TooSmall, 74, 0,
-        u"The face is 74 px wide and needs 80: come within about 2.4 m."_s);
+        u"The face is 74 px wide and needs 80: come within about 2.4 m."_s, false);
     row("far, measured", Flaw::TooSmall, 60, 2.8,
-        u"The face is 60 px wide and needs 80: come within about 2.1 m."_s);
+        u"The face is 60 px wide and needs 80: come within about 2.1 m."_s, false);
+    row("far from the station", Flaw::TooSmall, 60, 2.8, u"Come closer."_s);
     row("dark", Flaw::TooDark, 100, 0,
         u"The face is too dark (brightness 120, needs 35): switch on a light in front of you."_s);
     row("blurred", Flaw::TooBlurry, 100, 0,
         u"The face is blurred (sharpness 400, needs 60): hold still and give it more light."_s);
     row("moving", Flaw::Unsteady, 100, 0, u"Hold still."_s);
+    row("bright", Flaw::TooBright, 100, 0,
+        u"The face is too bright (brightness 120, at most 220): move out of the light."_s);
+    row("flat", Flaw::LowContrast, 100, 0,
+        u"The face shows too little contrast (50, needs 20): let light fall from one side."_s);
+    row("clipped", Flaw::Clipped, 100, 0,
+        u"0 % of the face is black or white, at most 25 % may be: soften the light."_s);
+    row("another pose", Flaw::WrongPose, 200, 0,
+        u"Stand about 1 m from the sensor and look straight at it."_s);
+    row("another pose, walking about", Flaw::WrongPose, 100, 0, u"Look at the sensor."_s, false);
+    row("same light", Flaw::SameLight, 200, 0,
+        u"The light is still the same: switch a lamp on or off."_s);
+    row("somebody else", Flaw::SomebodyElse, 200, 0,
+        u"This may be somebody else: let the owner look at the sensor for a moment."_s);
+    row("not as good as wished", Flaw::BelowWish, 200, 0,
+        u"More and softer light would help: stay where you are."_s);
+    row("a copy", Flaw::Copy, 200, 0, u"This picture is kept already: move a little."_s);
+    row("enough", Flaw::Enough, 200, 0,
+        u"There are enough of these: change your distance or turn your head."_s, false);
+    row("kept", Flaw::None, 200, 0, u"Kept."_s);
     row("too far for near", Flaw::WrongDistance, 140, 0, u"Come closer."_s);
     row("too near for near", Flaw::WrongDistance, 260, 0, u"Step back."_s);
+    row("between two distances", Flaw::WrongDistance, 112, 0,
+        u"Take half a step forwards or back."_s, false);
+    row("nearer than near", Flaw::WrongDistance, 241, 0, u"Step back a little."_s, false);
 }
 
 void SittingTest::hintsTellTheCure() {
@@ -307,12 +332,13 @@ void SittingTest::hintsTellTheCure() {
     QFETCH(int, side);
     QFETCH(double, meters);
     QFETCH(QString, hint);
+    QFETCH(bool, guided);
     FaceLook face = faceLook(std::max(side, 80), 1);
     face.measures.sidePx = side;
     if (meters > 0.0)
         face.meters = meters;
-    QCOMPARE(hintFor(Flaw(flaw), side > 0 ? &face : nullptr, &allStations().front(), Options()),
-             hint);
+    const Station* asked = guided ? &allStations().front() : nullptr;
+    QCOMPARE(hintFor(Flaw(flaw), side > 0 ? &face : nullptr, asked, Options()), hint);
 }
 
 QTEST_APPLESS_MAIN(SittingTest)

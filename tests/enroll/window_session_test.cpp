@@ -55,8 +55,12 @@ private Q_SLOTS:
     void whatIsInTheWayIsSaid_data();
     void whatIsInTheWayIsSaid();
     void aSensorThatFailsCanBeTriedAgain();
+    void aSensorThatNeverGaveAPictureCanBeTriedAgain();
     void aSilentSensorStopsTheClock();
+    void aSilentSensorIsTriedAgainBeforeAStationIs();
+    void aSensorThatCameBackByItselfGoesOn();
     void aSensorThatFailsLaterKeepsWhatWasTaken();
+    void aSensorThatFailedIsOpenedForARepetition();
     void stationsAreFilledSkippedAndRepeated();
     void nothingIsWrittenBeforeKeep();
     void whatCannotBeWrittenCanBeKeptAgain();
@@ -118,9 +122,22 @@ void WindowSessionTest::aSensorThatFailsCanBeTriedAgain() {
     QCOMPARE(desk.view().phase, WindowPhase::NoSensor);
     QCOMPARE(desk.view().hint, u"It may be busy."_s);
     QVERIFY(desk.view().canRepeat && !desk.view().canSkip && !desk.view().canFinish);
-    desk.session.repeat(0);
+    QCOMPARE(desk.view().prompt, u"There is no picture: press R to try again."_s);
+    QVERIFY(desk.session.repeat(0));
     QCOMPARE(desk.view().phase, WindowPhase::Opening);
     QVERIFY(desk.view().hint.isEmpty());
+    desk.show({});
+    QCOMPARE(desk.view().phase, WindowPhase::Guiding);
+    QVERIFY(!desk.session.repeat(0));
+}
+
+void WindowSessionTest::aSensorThatNeverGaveAPictureCanBeTriedAgain() {
+    Desk desk;
+    desk.session.onSilent(u"silent"_s);
+    QCOMPARE(desk.view().phase, WindowPhase::NoSensor);
+    QCOMPARE(desk.view().hint, u"silent"_s);
+    QVERIFY(desk.session.repeat(0));
+    QCOMPARE(desk.view().phase, WindowPhase::Opening);
 }
 
 void WindowSessionTest::aSilentSensorStopsTheClock() {
@@ -128,10 +145,36 @@ void WindowSessionTest::aSilentSensorStopsTheClock() {
     desk.show({});
     desk.session.onSilent(u"silent"_s);
     QCOMPARE(desk.view().hint, u"silent"_s);
+    QCOMPARE(desk.view().prompt, u"There is no picture: press R to try again."_s);
+    QVERIFY(!desk.view().canSkip && desk.view().canFinish && desk.view().canRepeat);
     desk.session.passTime(10 * stationTimeoutMs);
     QCOMPARE(desk.session.stationPlan()->current, 0U);
     desk.show({});
     QVERIFY(desk.view().hint != u"silent"_s);
+    QCOMPARE(desk.view().prompt, stationPrompt(allStations().front()));
+}
+
+void WindowSessionTest::aSilentSensorIsTriedAgainBeforeAStationIs() {
+    Desk desk;
+    desk.fill(1);
+    desk.session.onSilent(u"silent"_s);
+    QVERIFY(desk.session.repeat(desk.nowMs));
+    QCOMPARE(desk.view().prompt, u"Opening the sensor."_s);
+    QVERIFY(desk.view().hint.isEmpty());
+    QVERIFY(!desk.view().lastCrop.isNull()); // nothing was dropped
+    desk.session.passTime(10 * stationTimeoutMs);
+    QCOMPARE(desk.session.stationPlan()->current, 0U);
+    desk.show({});
+    QVERIFY(!desk.session.repeat(desk.nowMs));
+    QVERIFY(desk.view().lastCrop.isNull()); // now the station was meant
+}
+
+void WindowSessionTest::aSensorThatCameBackByItselfGoesOn() {
+    Desk desk;
+    desk.session.onSilent(u"silent"_s);
+    desk.show({});
+    QCOMPARE(desk.view().phase, WindowPhase::Guiding);
+    QVERIFY(!desk.session.repeat(desk.nowMs));
 }
 
 void WindowSessionTest::aSensorThatFailsLaterKeepsWhatWasTaken() {
@@ -143,6 +186,16 @@ void WindowSessionTest::aSensorThatFailsLaterKeepsWhatWasTaken() {
     QVERIFY(desk.view().canKeep);
 }
 
+void WindowSessionTest::aSensorThatFailedIsOpenedForARepetition() {
+    Desk desk;
+    desk.fill(1);
+    desk.session.onFailed(u"gone"_s);
+    QVERIFY(desk.session.repeat(desk.nowMs));
+    QCOMPARE(desk.view().phase, WindowPhase::Guiding);
+    QCOMPARE(desk.view().prompt, u"Opening the sensor."_s);
+    QVERIFY(!desk.view().lastCrop.isNull());
+}
+
 void WindowSessionTest::stationsAreFilledSkippedAndRepeated() {
     Desk desk;
     desk.fill(1);
@@ -152,7 +205,7 @@ void WindowSessionTest::stationsAreFilledSkippedAndRepeated() {
     desk.session.skip(desk.nowMs);
     QCOMPARE(desk.session.stationPlan()->current, 2U);
     QCOMPARE(desk.view().prompt, stationPrompt(allStations()[2]));
-    desk.session.repeat(desk.nowMs);
+    QVERIFY(!desk.session.repeat(desk.nowMs));
     QCOMPARE(desk.session.stationPlan()->current, 1U);
     desk.session.passTime(desk.nowMs + stationTimeoutMs);
     QCOMPARE(desk.session.stationPlan()->current, 2U);

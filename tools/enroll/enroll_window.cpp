@@ -21,6 +21,8 @@ namespace {
 
 constexpr int tickMs = 250;
 constexpr QSize usualSize(1280, 800);
+/// The longest sentences fit, and a small laptop's screen shows all of it.
+constexpr QSize leastSize(1100, 690);
 
 qint64 now() {
     return QDateTime::currentMSecsSinceEpoch();
@@ -35,12 +37,22 @@ QLabel* sentenceLabel(const QString& objectName, const QString& accessibleName) 
     return label;
 }
 
+/// The tag over a box has room for a distance, not for a sentence.
+FaceOverlay boxOf(const FaceLook& face, bool kept) {
+    FaceOverlay overlay;
+    overlay.rect = QRect(face.box.x, face.box.y, face.box.width, face.box.height);
+    overlay.label = face.meters ? QString::number(*face.meters, 'f', 1) + u" m"_s : u"face"_s;
+    overlay.color = kept ? identity::ownerColor : identity::bodyColor;
+    overlay.tier.clear();
+    return overlay;
+}
+
 } // namespace
 
 QString enrollStyleSheet() {
     // A letter can be read from two metres when it is about 1 cm high.
     return u"QLabel#enrollPrompt { font-size: 40px; font-weight: 800; color: #f4f8ff; }"
-           "QLabel#enrollHint { font-size: 28px; font-weight: 600; color: #ffcc66; }"
+           "QLabel#enrollHint { font-size: 32px; font-weight: 600; color: #ffcc66; }"
            "QLabel#enrollReport { font-size: 17px; color: #d9e3f0; }"
            "QPushButton#viewButton { font-size: 17px; padding: 10px 14px; }"
            "QPushButton#viewButton:disabled { color: #5b6a7d; }"
@@ -53,18 +65,21 @@ EnrollWindow::EnrollWindow(WindowSession newSession, QWidget* parent)
     auto* root = new QWidget;
     root->setObjectName(u"root"_s);
     auto* columns = new QHBoxLayout;
-    columns->addWidget(buildPicture(), 3);
-    columns->addWidget(buildGuide(), 2);
+    columns->addWidget(buildPicture(), 5);
+    columns->addWidget(buildGuide(), 4);
     auto* rows = new QVBoxLayout(root);
     rows->addLayout(columns, 1);
     rows->addWidget(buildButtons());
     setCentralWidget(root);
     applyLook(this, false);
     setStyleSheet(styleSheet() + enrollStyleSheet());
+    setMinimumSize(leastSize);
     resize(usualSize);
     connect(&ticks, &QTimer::timeout, this, &EnrollWindow::onTick);
     ticks.start(tickMs);
     refresh();
+    // Else it would be on "Leave", the only button that is enabled at first.
+    picture->setFocus();
 }
 
 QWidget* EnrollWindow::buildPicture() {
@@ -141,7 +156,6 @@ void EnrollWindow::showPicture(const QImage& color) {
 
 void EnrollWindow::onLook(const FrameLook& look) {
     session.onLook(look);
-    showBoxes();
     refresh();
 }
 
@@ -156,10 +170,9 @@ void EnrollWindow::onSilent() {
 }
 
 void EnrollWindow::onRepeat() {
-    const bool wasWithoutSensor = phase() == WindowPhase::NoSensor;
-    session.repeat(now());
+    const bool withoutPictures = session.repeat(now());
     refresh();
-    if (wasWithoutSensor)
+    if (withoutPictures)
         Q_EMIT sensorWanted();
 }
 
@@ -187,19 +200,15 @@ void EnrollWindow::onTick() {
     refresh();
 }
 
-/// A box around every face, with what became of the frame.
+/// A box around every face, with its distance: what is wrong stands in large letters beside it. A
+/// face that was just kept is green. Without a sitting nobody looks any more.
 void EnrollWindow::showBoxes() {
     QList<FaceOverlay> overlays;
-    const Flaw flaw = session.newestFlaw();
-    for (const FaceLook& face : session.newestLook().faces) {
-        FaceOverlay overlay;
-        overlay.rect = QRect(face.box.x, face.box.y, face.box.width, face.box.height);
-        overlay.label = flawWords(flaw);
-        overlay.color = flaw == Flaw::None ? identity::ownerColor : identity::bodyColor;
-        overlay.tier.clear();
-        overlay.hasDistance = face.meters.has_value();
-        overlay.distanceMeters = face.meters.value_or(0.0);
-        overlays.append(overlay);
+    if (session.isGuiding()) {
+        const FaceLook* kept =
+            session.newestFlaw() == Flaw::None ? largestFace(session.newestLook()) : nullptr;
+        for (const FaceLook& face : session.newestLook().faces)
+            overlays.append(boxOf(face, &face == kept));
     }
     picture->setOverlays(overlays);
 }
@@ -211,13 +220,16 @@ void EnrollWindow::refresh() {
     hint->setVisible(!view.hint.isEmpty());
     report->setText(view.report.join(u"\n\n"_s));
     report->setVisible(!view.report.isEmpty());
+    // Whoever just pressed "Finish" is handed on to "Keep", and not to "Leave": the focus goes to
+    // the next button that is enabled.
+    keepButton->setEnabled(view.canKeep);
     repeatButton->setEnabled(view.canRepeat);
     skipButton->setEnabled(view.canSkip);
     finishButton->setEnabled(view.canFinish);
-    keepButton->setEnabled(view.canKeep);
     if (const StationPlan* plan = session.stationPlan())
         ring->setPlan(*plan);
     ring->setCrop(view.lastCrop);
+    showBoxes();
 }
 
 } // namespace enroll

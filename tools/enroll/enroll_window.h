@@ -2,7 +2,6 @@
 
 #include "enroll/window_session.h"
 
-#include <QElapsedTimer>
 #include <QMainWindow>
 #include <QTimer>
 

@@ -19,10 +19,14 @@ QString tooSmall(const FaceLook& face, const Options& options) {
         QString::number(within, 'f', 1));
 }
 
+QString comeCloser() {
+    return u"Come closer."_s;
+}
+
 QString wrongDistance(const FaceLook& face, const Station* asked) {
     const int side = face.measures.sidePx;
     if (asked)
-        return side < sidesOf(asked->distance).least ? u"Come closer."_s : u"Step back."_s;
+        return side < sidesOf(asked->distance).least ? comeCloser() : u"Step back."_s;
     return side > sidesOf(Distance::Near).most ? u"Step back a little."_s
                                                : u"Take half a step forwards or back."_s;
 }
@@ -61,6 +65,9 @@ QString cureFor(Flaw flaw, const FaceLook& face, const Options& options) {
 }
 
 QString hintFor(Flaw flaw, const FaceLook* face, const Station* asked, const Options& options) {
+    // A station has its own distance, which is nearer than what recognition needs.
+    if (flaw == Flaw::TooSmall && asked)
+        return comeCloser();
     if (face && flaw >= Flaw::TooSmall && flaw <= Flaw::Clipped)
         return cureFor(flaw, *face, options);
     switch (flaw) {

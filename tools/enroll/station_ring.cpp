@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int usualSide = 320;
-constexpr int leastSide = 160;
+constexpr int leastSide = 120;
 constexpr double thickness = 0.14; ///< Of the side.
 constexpr double cropShare = 0.42; ///< Of the side; fits into the ring.
 constexpr int gapSixteenths = 24;  ///< Between two segments, in sixteenths of a degree.

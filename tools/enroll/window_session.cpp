@@ -15,12 +15,21 @@ QImage imageOf(const cv::Mat& picture) {
         .copy();
 }
 
+QString openingPrompt() {
+    return u"Opening the sensor."_s;
+}
+
+QString noPicturePrompt() {
+    return u"There is no picture: press R to try again."_s;
+}
+
 } // namespace
 
 WindowSession::WindowSession(const Options& settings, Writer write, Surveyor survey)
     : options(settings), writer(std::move(write)), surveyor(std::move(survey)) {}
 
 void WindowSession::onLook(const FrameLook& look) {
+    withoutPictures = false;
     if (phase == WindowPhase::Opening || phase == WindowPhase::NoSensor)
         phase = WindowPhase::Guiding;
     if (phase != WindowPhase::Guiding)
@@ -34,6 +43,7 @@ void WindowSession::onLook(const FrameLook& look) {
 }
 
 void WindowSession::onFailed(const QString& sentence) {
+    withoutPictures = true;
     // What was taken before is not lost.
     if (sitting && !sitting->kept().empty())
         finish();
@@ -43,18 +53,22 @@ void WindowSession::onFailed(const QString& sentence) {
 }
 
 void WindowSession::onSilent(const QString& sentence) {
-    if (phase == WindowPhase::Opening || phase == WindowPhase::Guiding)
+    withoutPictures = true;
+    if (phase == WindowPhase::Opening)
+        phase = WindowPhase::NoSensor;
+    if (phase == WindowPhase::NoSensor || phase == WindowPhase::Guiding)
         problem = sentence;
 }
 
-void WindowSession::repeat(qint64 nowMs) {
+bool WindowSession::repeat(qint64 nowMs) {
+    problem.clear();
     if (phase == WindowPhase::NoSensor)
         phase = WindowPhase::Opening;
     else if (phase == WindowPhase::Report)
         phase = WindowPhase::Guiding;
-    if (phase == WindowPhase::Guiding && sitting)
+    if (phase == WindowPhase::Guiding && sitting && !withoutPictures)
         sitting->repeat(nowMs);
-    problem.clear();
+    return withoutPictures;
 }
 
 void WindowSession::skip(qint64 nowMs) {
@@ -66,7 +80,7 @@ void WindowSession::skip(qint64 nowMs) {
 
 void WindowSession::passTime(qint64 nowMs) {
     // While the sensor is silent nobody can do what is asked for.
-    if (phase != WindowPhase::Guiding || !sitting || !problem.isEmpty())
+    if (phase != WindowPhase::Guiding || !sitting || withoutPictures)
         return;
     sitting->passTime(nowMs);
     endWhenOver();
@@ -102,10 +116,12 @@ void WindowSession::keep() {
 QString WindowSession::promptText() const {
     switch (phase) {
     case WindowPhase::Opening:
-        return u"Opening the sensor."_s;
+        return openingPrompt();
     case WindowPhase::NoSensor:
-        return u"There is no picture."_s;
+        return noPicturePrompt();
     case WindowPhase::Guiding:
+        if (withoutPictures)
+            return problem.isEmpty() ? openingPrompt() : noPicturePrompt();
         return stationPrompt(*sitting->asked());
     case WindowPhase::Report:
         if (result.kept == 0)
@@ -125,10 +141,10 @@ WindowView WindowSession::view() const {
     view.hint = problem;
     view.canRepeat = phase == WindowPhase::NoSensor || phase == WindowPhase::Guiding ||
                      phase == WindowPhase::Report;
-    view.canSkip = phase == WindowPhase::Guiding;
+    view.canSkip = phase == WindowPhase::Guiding && !withoutPictures;
     view.canFinish = phase == WindowPhase::Guiding;
     view.canKeep = phase == WindowPhase::Report && result.kept > 0;
-    if (phase == WindowPhase::Guiding && problem.isEmpty())
+    if (phase == WindowPhase::Guiding && !withoutPictures)
         view.hint = hintFor(flaw, largestFace(newest), sitting->asked(), options);
     if (phase == WindowPhase::Report)
         view.report = reportLines(result, options);

@@ -12,7 +12,7 @@ namespace enroll {
 /// What the window is doing.
 enum class WindowPhase {
     Opening,  ///< Waits for the first picture.
-    NoSensor, ///< The sensor could not be started.
+    NoSensor, ///< The sensor could not be started, or never gave a picture.
     Guiding,  ///< Asks for one station after the other.
     Report,   ///< Shows what came of it; nothing is kept yet.
     Kept,     ///< Everything is written.
@@ -24,7 +24,7 @@ struct WindowView {
     QString prompt; ///< The one sentence in large letters.
     QString hint;   ///< What is in the way right now; one sentence, may be empty.
     QStringList report;
-    bool canRepeat = false; ///< In NoSensor: tries to open the sensor again.
+    bool canRepeat = false;
     bool canSkip = false;
     bool canFinish = false;
     bool canKeep = false;
@@ -48,7 +48,9 @@ public:
     void onSilent(const QString& sentence);
 
     // What the person wants.
-    void repeat(qint64 nowMs);
+    /// Asks for a station again. Without pictures it is the sensor that is to be tried again: then
+    /// nothing is dropped, and the answer is true.
+    bool repeat(qint64 nowMs);
     void skip(qint64 nowMs);
     void finish();
     void keep();
@@ -60,6 +62,7 @@ public:
     /// The newest look and what became of it, for the boxes in the picture.
     const FrameLook& newestLook() const { return newest; }
     Flaw newestFlaw() const { return flaw; }
+    bool isGuiding() const { return phase == WindowPhase::Guiding; }
     /// Null before the first picture.
     const StationPlan* stationPlan() const { return sitting ? &sitting->stationPlan() : nullptr; }
 
@@ -74,7 +77,8 @@ private:
     std::optional<Sitting> sitting; ///< From the first look on.
     FrameLook newest;
     Flaw flaw = Flaw::NoFace;
-    QString problem; ///< Of the sensor or of the last try to keep.
+    bool withoutPictures = false; ///< The sensor failed or fell silent, and no look came since.
+    QString problem;              ///< Of the sensor or of the last try to keep.
     SittingResult result;
 };
 
