@@ -11,27 +11,27 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 bytesPerMegabyte = 1'000'000;
-constexpr qint64 usualKeepFree_MB = 2000;
-constexpr qint64 usualPatience_s = 10;
-constexpr qint64 mostSeconds = 7 * 24 * 3600;
+constexpr qint64 defaultKeepFree_MB = 2000;
+constexpr qint64 defaultPatience_s = 10;
+constexpr qint64 maxSeconds = 7 * 24 * 3600;
 
 void describeLine(tool::CommandLine& line) {
     line.addArgument(u"FOLDER"_s, u"New or empty folder for the recording."_s);
     line.addNumber(u"seconds"_s, u"N"_s,
                    u"Ends after that many seconds. Without it Ctrl-C ends the recording."_s, 1,
-                   mostSeconds);
+                   maxSeconds);
     line.addSwitch(u"moment"_s, u"Records a single moment, one second after the sensor's start."_s);
     line.addSwitch(u"lossless"_s,
                    u"Keeps every bit of the colour pictures: PNG instead of JPEG. Takes ten times "
                    "the space and more than one processor core."_s);
     line.addSwitch(u"no-colour"_s, u"Records depth and infrared only."_s);
     line.addNumber(u"keep-free"_s, u"MB"_s,
-                   u"Ends when less than that is left on the disk (%1)."_s.arg(usualKeepFree_MB), 0,
-                   1'000'000'000);
+                   u"Ends when less than that is left on the disk (%1)."_s.arg(defaultKeepFree_MB),
+                   0, 1'000'000'000);
     line.addNumber(
         u"patience"_s, u"N"_s,
-        u"Ends when the sensor sends nothing for that many seconds (%1)."_s.arg(usualPatience_s), 1,
-        3600);
+        u"Ends when the sensor sends nothing for that many seconds (%1)."_s.arg(defaultPatience_s),
+        1, 3600);
 }
 
 } // namespace
@@ -50,16 +50,17 @@ int runRecordTool(const QStringList& arguments, tool::Console& console,
     if (line.isSet(u"lossless"_s) && line.isSet(u"no-colour"_s))
         return line.refuse(u"--lossless is about colour and does not go with --no-colour."_s);
 
-    RecordingWish wish;
-    wish.folder = line.argument(u"FOLDER"_s);
+    RecordingOptions options;
+    options.folder = line.argument(u"FOLDER"_s);
     if (const auto seconds = line.number(u"seconds"_s))
-        wish.length = std::chrono::seconds(*seconds);
-    wish.moment = moment;
-    wish.lossless = line.isSet(u"lossless"_s);
-    wish.withColor = !line.isSet(u"no-colour"_s);
-    wish.keepFreeBytes = line.number(u"keep-free"_s).value_or(usualKeepFree_MB) * bytesPerMegabyte;
-    wish.patience = std::chrono::seconds(line.number(u"patience"_s).value_or(usualPatience_s));
-    return Recorder(wish, console, stopped).run();
+        options.length = std::chrono::seconds(*seconds);
+    options.moment = moment;
+    options.lossless = line.isSet(u"lossless"_s);
+    options.withColor = !line.isSet(u"no-colour"_s);
+    options.keepFreeBytes =
+        line.number(u"keep-free"_s).value_or(defaultKeepFree_MB) * bytesPerMegabyte;
+    options.patience = std::chrono::seconds(line.number(u"patience"_s).value_or(defaultPatience_s));
+    return Recorder(options, console, stopped).run();
 }
 
 } // namespace record

@@ -74,14 +74,14 @@ struct Recorder::Ending {
     QString why; ///< for recording.json, and for a complaint when it is not as wished
 };
 
-Recorder::Recorder(const RecordingWish& recordingWish, tool::Console& toolConsole,
+Recorder::Recorder(const RecordingOptions& recordingOptions, tool::Console& toolConsole,
                    std::function<bool()> isStopped)
-    : wish(recordingWish), console(toolConsole), stopped(std::move(isStopped)),
-      files(wish.folder, !wish.withColor ? std::nullopt
-                         : wish.lossless ? std::optional(u"png"_s)
-                                         : std::optional(u"jpg"_s)) {
-    story.withColor = wish.withColor;
-    story.lossless = wish.lossless;
+    : options(recordingOptions), console(toolConsole), stopped(std::move(isStopped)),
+      files(options.folder, !options.withColor ? std::nullopt
+                            : options.lossless ? std::optional(u"png"_s)
+                                               : std::optional(u"jpg"_s)) {
+    summary.withColor = options.withColor;
+    summary.lossless = options.lossless;
 }
 
 int Recorder::run() {
@@ -93,11 +93,11 @@ int Recorder::run() {
     if (isDiskNearlyFull()) {
         files.removeAll();
         console.complain(u"Only %1 are free on the disk, and %2 must stay free."_s.arg(
-            gigabytes(freeBytes), gigabytes(wish.keepFreeBytes)));
+            gigabytes(freeBytes), gigabytes(options.keepFreeBytes)));
         return tool::Failed;
     }
     SensorSession session;
-    if (const auto failure = session.start(wish.withColor)) {
+    if (const auto failure = session.start(options.withColor)) {
         files.removeAll();
         console.complain(u"Nothing was recorded: "_s + textOf(*failure) + u'.');
         return tool::Failed; // the session's end closes the device, which can take seconds
@@ -114,13 +114,13 @@ int Recorder::recordFrom(SensorSession& session) {
     Ending ending;
     QString failure = files.writeText(u"calibration.json"_s, describeCalibration(device));
     if (failure.isEmpty())
-        failure = files.writeText(u"recording.json"_s, describeRecording(device, story));
+        failure = files.writeText(u"recording.json"_s, describeRecording(device, summary));
     if (failure.isEmpty()) {
-        RecordingWriter writer(files, wish.withColor, wish.lossless);
+        RecordingWriter writer(files, options.withColor, options.lossless);
         ending = takeSets(session, writer);
         // Before the device is closed, since some of its frames use its memory.
         writer.finish();
-        story.counts = writer.counts();
+        summary.counts = writer.counts();
         failure = writer.failure();
     }
     if (!failure.isEmpty())
@@ -140,9 +140,10 @@ Recorder::Ending Recorder::takeSets(SensorSession& session, RecordingWriter& wri
             if (session.wait(longestWait)) {
                 newestSet = Clock::now();
                 if (takeSet(session.take(), writer))
-                    return {true, wish.moment ? u"the moment was taken"_s : u"the time was up"_s};
-            } else if (Clock::now() - newestSet >= wish.patience) {
-                return {false, u"the sensor sent nothing for %1 s"_s.arg(wish.patience.count())};
+                    return {true,
+                            options.moment ? u"the moment was taken"_s : u"the time was up"_s};
+            } else if (Clock::now() - newestSet >= options.patience) {
+                return {false, u"the sensor sent nothing for %1 s"_s.arg(options.patience.count())};
             }
             if (Clock::now() < nextLook)
                 continue;
@@ -161,24 +162,24 @@ Recorder::Ending Recorder::takeSets(SensorSession& session, RecordingWriter& wri
 bool Recorder::takeSet(libfreenect2::FrameMap frames, RecordingWriter& writer) {
     const std::int64_t missed = missedBefore(frames);
     const std::optional<FrameSet> set = usableSet(frames);
-    if (wish.moment && setsSeen++ < setsBeforeMoment)
+    if (options.moment && setsSeen++ < setsBeforeMoment)
         return false;
     if (!set) {
-        story.missed += missed;
-        ++story.unusable;
+        summary.missed += missed;
+        ++summary.unusable;
         return false;
     }
     const std::int64_t time = times.advance(set->stamp);
-    if (wish.length && time >= wish.length->count() * stampsPerSecond)
+    if (options.length && time >= options.length->count() * stampsPerSecond)
         return true;
-    story.missed += missed;
-    if (!story.firstFrame.isValid()) {
-        story.firstFrame = QDateTime::currentDateTimeUtc();
-        story.firstSequence = newestSequence.value_or(0);
+    summary.missed += missed;
+    if (!summary.firstFrame.isValid()) {
+        summary.firstFrame = QDateTime::currentDateTimeUtc();
+        summary.firstSequence = newestSequence.value_or(0);
     }
     newestTime = time;
     writer.add(*set, time, times.beside(set->colorStamp));
-    return wish.moment;
+    return options.moment;
 }
 
 /// How many sets the sensor numbered between the newest one and this.
@@ -207,7 +208,7 @@ std::optional<FrameSet> Recorder::usableSet(libfreenect2::FrameMap& frames) {
     set.depth = takePixels(frames, Frame::Depth);
     set.infrared = takePixels(frames, Frame::Ir);
     set.color = takePixels(frames, Frame::Color);
-    if (!set.depth.data || !set.infrared.data || (wish.withColor && !set.color.data) ||
+    if (!set.depth.data || !set.infrared.data || (options.withColor && !set.color.data) ||
         !sameSize(set.depth, set.infrared))
         return std::nullopt;
     if (!colorSize) {
@@ -220,11 +221,11 @@ std::optional<FrameSet> Recorder::usableSet(libfreenect2::FrameMap& frames) {
 }
 
 void Recorder::lookAtDisk() {
-    freeBytes = QStorageInfo(wish.folder).bytesAvailable();
+    freeBytes = QStorageInfo(options.folder).bytesAvailable();
 }
 
 bool Recorder::isDiskNearlyFull() const {
-    return freeBytes >= 0 && freeBytes < wish.keepFreeBytes; // negative: the folder is gone
+    return freeBytes >= 0 && freeBytes < options.keepFreeBytes; // negative: the folder is gone
 }
 
 QString Recorder::figures(const WriterCounts& counts) const {
@@ -232,10 +233,10 @@ QString Recorder::figures(const WriterCounts& counts) const {
                        .arg(static_cast<double>(newestTime) / stampsPerSecond, 0, 'f', 1)
                        .arg(counts.sets)
                        .arg(counts.dropped);
-    if (story.missed > 0)
-        text += u"%1 missed, "_s.arg(story.missed);
-    if (story.unusable > 0)
-        text += u"%1 unusable, "_s.arg(story.unusable);
+    if (summary.missed > 0)
+        text += u"%1 missed, "_s.arg(summary.missed);
+    if (summary.unusable > 0)
+        text += u"%1 unusable, "_s.arg(summary.unusable);
     return text + megabytes(counts.bytes);
 }
 
@@ -245,16 +246,17 @@ void Recorder::showProgress(const RecordingWriter& writer) {
 
 /// Finishes the folder and says what is in it.
 int Recorder::report(const Ending& ending) {
-    if (story.counts.sets == 0) {
+    if (summary.counts.sets == 0) {
         files.removeAll();
         console.complain(u"Nothing was recorded: "_s + ending.why + u'.');
         return tool::Failed;
     }
-    story.repairedTimes = times.repaired();
-    story.end = ending.why;
+    summary.repairedTimes = times.repaired();
+    summary.end = ending.why;
     files.releaseReserve();
-    const QString failure = files.writeText(u"recording.json"_s, describeRecording(device, story));
-    console.say(u"%1: %2"_s.arg(wish.folder, figures(story.counts)));
+    const QString failure =
+        files.writeText(u"recording.json"_s, describeRecording(device, summary));
+    console.say(u"%1: %2"_s.arg(options.folder, figures(summary.counts)));
     if (!ending.asWished)
         console.complain(u"The recording ended early: "_s + ending.why + u'.');
     if (!failure.isEmpty())

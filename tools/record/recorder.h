@@ -18,7 +18,7 @@ class SensorSession;
 namespace record {
 
 /// What the person wants.
-struct RecordingWish {
+struct RecordingOptions {
     QString folder;
     std::optional<std::chrono::seconds> length; ///< without it until somebody stops it
     bool moment = false;                        ///< a single set
@@ -28,15 +28,16 @@ struct RecordingWish {
     std::chrono::seconds patience{0}; ///< ends when the sensor sends nothing for so long
 };
 
-/// Records from the first sensor until one of the ends comes: the wish is fulfilled, `stopped` says
-/// so, the disk is nearly full, a file cannot be written, or the sensor is silent. The folder then
-/// holds all sets so far; without any it is left as it was found.
+/// Records from the first sensor until one of the ends comes: what was asked for is done, `stopped`
+/// says so, the disk is nearly full, a file cannot be written, or the sensor is silent. The folder
+/// then holds all sets so far; without any it is left as it was found.
 class Recorder {
 public:
-    Recorder(const RecordingWish& wish, tool::Console& console, std::function<bool()> stopped);
+    Recorder(const RecordingOptions& options, tool::Console& console,
+             std::function<bool()> stopped);
 
-    /// Returns the status to end with: tool::Succeeded when the wish was fulfilled or the person
-    /// stopped it and there is something to play, else tool::Failed after a complaint.
+    /// Returns the status to end with: tool::Succeeded when what was asked for was done or the
+    /// person stopped it and there is something to play, else tool::Failed after a complaint.
     int run();
 
 private:
@@ -53,13 +54,13 @@ private:
     void showProgress(const RecordingWriter& writer);
     int report(const Ending& ending);
 
-    const RecordingWish wish;
+    const RecordingOptions options;
     tool::Console& console;
     const std::function<bool()> stopped;
     RecordingFiles files;
 
     RecordedDevice device;
-    RecordingStory story;
+    RecordingSummary summary;
     TimeLine times;
     std::int64_t newestTime = 0;          ///< of a set that was taken, eighths of a millisecond
     std::int64_t setsSeen = 0;            ///< before a moment is taken

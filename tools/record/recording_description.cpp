@@ -23,31 +23,31 @@ QJsonObject valuesOf(const Params& params, const Fields& fields) {
     return values;
 }
 
-QString colorKind(const RecordingStory& story) {
-    if (!story.withColor)
+QString colorKind(const RecordingSummary& summary) {
+    if (!summary.withColor)
         return u"none"_s;
-    return story.lossless ? u"PNG"_s : u"JPEG, quality 95"_s;
+    return summary.lossless ? u"PNG"_s : u"JPEG, quality 95"_s;
 }
 
 } // namespace
 
-QByteArray describeRecording(const RecordedDevice& device, const RecordingStory& story) {
-    const WriterCounts& counts = story.counts;
+QByteArray describeRecording(const RecordedDevice& device, const RecordingSummary& summary) {
+    const WriterCounts& counts = summary.counts;
     const QJsonObject values{
         {u"format_version"_s, formatVersion},
         {u"program"_s, u"lumeno-record"_s},
         {u"program_version"_s, tool::version()},
-        {u"first_frame"_s, story.firstFrame.toUTC().toString(Qt::ISODateWithMs)},
-        {u"first_sequence"_s, static_cast<qint64>(story.firstSequence)},
+        {u"first_frame"_s, summary.firstFrame.toUTC().toString(Qt::ISODateWithMs)},
+        {u"first_sequence"_s, static_cast<qint64>(summary.firstSequence)},
         {u"device"_s, QJsonObject{{u"serial"_s, device.serial}, {u"firmware"_s, device.firmware}}},
-        {u"color"_s, colorKind(story)},
+        {u"color"_s, colorKind(summary)},
         {u"sets"_s, static_cast<qint64>(counts.sets)},
         {u"sets_dropped"_s, static_cast<qint64>(counts.dropped)},
-        {u"sets_missed"_s, static_cast<qint64>(story.missed)},
-        {u"sets_unusable"_s, static_cast<qint64>(story.unusable)},
-        {u"time_stamps_repaired"_s, story.repairedTimes},
+        {u"sets_missed"_s, static_cast<qint64>(summary.missed)},
+        {u"sets_unusable"_s, static_cast<qint64>(summary.unusable)},
+        {u"time_stamps_repaired"_s, summary.repairedTimes},
         {u"picture_bytes"_s, static_cast<qint64>(counts.bytes)},
-        {u"ended"_s, story.end.isEmpty() ? u"not yet"_s : story.end},
+        {u"ended"_s, summary.end.isEmpty() ? u"not yet"_s : summary.end},
     };
     return QJsonDocument(values).toJson();
 }

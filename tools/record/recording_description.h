@@ -20,7 +20,7 @@ struct RecordedDevice {
 };
 
 /// How a recording came about, for recording.json.
-struct RecordingStory {
+struct RecordingSummary {
     QDateTime firstFrame;           ///< wall clock when it came; invalid before
     std::int64_t firstSequence = 0; ///< the sensor's number of it
     bool withColor = true;
@@ -33,7 +33,7 @@ struct RecordingStory {
 };
 
 /// The text of recording.json.
-QByteArray describeRecording(const RecordedDevice& device, const RecordingStory& story);
+QByteArray describeRecording(const RecordedDevice& device, const RecordingSummary& summary);
 
 /// The text of calibration.json.
 QByteArray describeCalibration(const RecordedDevice& device);

@@ -26,8 +26,8 @@ struct RecordingWriter::Queue {
 };
 
 RecordingWriter::RecordingWriter(RecordingFiles& recordingFiles, bool withColor, bool keepAllBits,
-                                 int mostUnderWay)
-    : files(recordingFiles), lossless(keepAllBits), capacity(mostUnderWay),
+                                 int maxUnderWay)
+    : files(recordingFiles), lossless(keepAllBits), capacity(maxUnderWay),
       streamCount(withColor ? 3 : 2) {
     for (const Stream stream : {Stream::Infrared, Stream::Depth, Stream::Color})
         if (stream != Stream::Color || withColor)

@@ -33,11 +33,11 @@ struct WriterCounts {
 class RecordingWriter {
 public:
     /// One second of a sensor's sets, some 300 MB.
-    static constexpr int usualCapacity = 30;
+    static constexpr int defaultCapacity = 30;
 
     /// `files` must have begun and outlive this object.
     RecordingWriter(RecordingFiles& files, bool withColor, bool lossless,
-                    int capacity = usualCapacity);
+                    int capacity = defaultCapacity);
     /// Ends like finish().
     ~RecordingWriter();
     RecordingWriter(const RecordingWriter&) = delete;
