@@ -86,7 +86,7 @@ struct State {
     /// From the frame to what is shown.
     void pass() {
         cv::Mat grey = greyFrame(frame);
-        const FacePass found = findFaces(grey, tools, options, bodies);
+        const FacePass found = findFaces(grey, tools, options, bodies).value();
         now += 180;
         tracks = updateFaceTracks(std::move(tracks), found.faces, now, lostMs);
         benchmark::DoNotOptimize(faceOverlays(tracks, now, lostMs));

@@ -29,8 +29,8 @@ cv::Mat greyFrame(const QImage& frame) {
     return grey;
 }
 
-FacePass findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
-                   const QList<QRect>& bodyRegions, const std::stop_token& stop) {
+std::optional<FacePass> findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
+                                  const QList<QRect>& bodyRegions, const std::stop_token& stop) {
     cv::CascadeClassifier* profile = tools.profile.empty() ? nullptr : &tools.profile;
     std::vector<FaceDetection> found =
         detectFacesMulti(tools.frontal, profile, grey, options, stop);
@@ -43,7 +43,7 @@ FacePass findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
     const cv::Rect frame(0, 0, grey.cols, grey.rows);
     for (const FaceDetection& detection : dedupeDetections(std::move(found))) {
         if (stop.stop_requested())
-            break;
+            return std::nullopt;
         FaceObservation face{detection.rect & frame, detection.detector};
         if (face.rect.empty())
             continue;
@@ -52,5 +52,7 @@ FacePass findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
             recognise(face, crop, *tools.recognizer, options);
         pass.faces.push_back(std::move(face));
     }
+    if (stop.stop_requested())
+        return std::nullopt;
     return pass;
 }

@@ -10,6 +10,7 @@
 #include <opencv2/core.hpp>
 #include <opencv2/face.hpp>
 #include <opencv2/objdetect.hpp>
+#include <optional>
 #include <stop_token>
 #include <vector>
 
@@ -31,6 +32,8 @@ cv::Mat greyFrame(const QImage& frame);
 
 /// Finds the faces of one grey frame, on the whole and in the body regions (frame pixels), merges
 /// them, and asks the recogniser about those that are good enough. `stop` is asked between the
-/// detectors; the result is then incomplete. Throws cv::Exception where OpenCV does.
-FacePass findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
-                   const QList<QRect>& bodyRegions, const std::stop_token& stop = {});
+/// detectors and between the faces; nothing is returned when it was requested before the end.
+/// Throws cv::Exception where OpenCV does.
+std::optional<FacePass> findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
+                                  const QList<QRect>& bodyRegions,
+                                  const std::stop_token& stop = {});

@@ -197,14 +197,14 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
         return;
     const qint64 nowMs = QDateTime::currentMSecsSinceEpoch();
     const qint64 beganMs = steadyMs();
-    const FacePass pass = findFaces(grey, tools, options, input.bodyRegions, stopToken());
-    if (isStopRequested())
+    const auto pass = findFaces(grey, tools, options, input.bodyRegions, stopToken());
+    if (!pass)
         return;
-    if (pass.bodyRegionFaces > 0) {
+    if (pass->bodyRegionFaces > 0) {
         qInfo() << "Qt face follow/body crop upscale: regions=" << input.bodyRegions.size()
-                << "follow_assist_faces=" << pass.bodyRegionFaces;
+                << "follow_assist_faces=" << pass->bodyRegionFaces;
     }
-    tracks = updateFaceTracks(std::move(tracks), pass.faces, nowMs, lostTimeoutMs);
+    tracks = updateFaceTracks(std::move(tracks), pass->faces, nowMs, lostTimeoutMs);
     const QList<FaceOverlay> overlays = faceOverlays(tracks, nowMs, lostTimeoutMs);
     logOverlays(overlays, nowMs);
     Q_EMIT overlaysReady(overlays);

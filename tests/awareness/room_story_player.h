@@ -81,7 +81,7 @@ private:
     void lookForFaces() {
         input.faceOverlays = pendingFaces;
         cv::Mat grey = greyFrame(colour().convertToFormat(QImage::Format_RGB888));
-        const FacePass found = findFaces(grey, tools, options, regions);
+        const FacePass found = findFaces(grey, tools, options, regions).value();
         tracks = updateFaceTracks(std::move(tracks), found.faces, now, lostMs);
         pendingFaces = faceOverlays(tracks, now, lostMs);
     }

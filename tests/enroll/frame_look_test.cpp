@@ -71,7 +71,8 @@ void FrameLookTest::aSampleAndTheFaceOfTheSameFrameAreAtDistanceZero() {
     QVERIFY(loadCascade(tools.profile, detectors->options.profileCascadePath));
     gray = frame.clone();
     int recognized = 0;
-    for (const FaceObservation& face : findFaces(gray, tools, detectors->options, {}).faces) {
+    const FacePass pass = findFaces(gray, tools, detectors->options, {}).value();
+    for (const FaceObservation& face : pass.faces) {
         if (face.rect != large.front()->box)
             continue;
         ++recognized;

@@ -61,6 +61,8 @@ private Q_SLOTS:
     void withoutAProfileCascadeAllDetectorsMeanFrontal();
     void anUnknownModeFindsNothing();
     void theFrameIsHalvedAndTheSmallestFaceWithIt();
+    void theSearchIsAskedWithTheOptions();
+    void theShrunkImageIsMadeOfAreaMeansAndEqualised();
     void hitsAreMappedBackByTruncation();
     void anUnshrunkImageIsEqualisedInPlace();
     void sharingPicturesChangesNothing_data();
@@ -73,10 +75,14 @@ private Q_SLOTS:
     void overlapOfBoxes();
     void equalBoxesMergeIntoTheFrontalOneFrom35Percent();
     void largerBoxesWinAndDetectorsDecideBetweenEqualOnes();
+    void ofAlmostEqualBoxesTheLargerOneStays();
+    void ofEqualBoxesAndDetectorsTheUpperLeftStays();
     void keptBoxesStayApart();
     void bodyRegionsAreClippedAndCropped_data();
     void bodyRegionsAreClippedAndCropped();
     void bodyRegionHitsComeBackInFramePixels();
+    void bodyRegionHitsAreTruncatedAndMerged();
+    void bodyRegionsAreEnlargedByCubicInterpolation();
     void bodyRegionsLeaveTheFrameAlone();
     void aFaceTooSmallForTheFrameIsFoundInItsBodyRegion();
     void onlyAWholeCascadeFileLoads();
@@ -146,6 +152,39 @@ void FaceDetectionTest::theFrameIsHalvedAndTheSmallestFaceWithIt() {
     tiny.minFaceSize = 1;
     detectFaces(frontal.cascade, grey, tiny);
     QCOMPARE(frontal.seen->minSizes.at(1), cv::Size(1, 1));
+}
+
+void FaceDetectionTest::theSearchIsAskedWithTheOptions() {
+    Scripted frontal;
+    cv::Mat grey(200, 200, CV_8U, cv::Scalar(90));
+    Options options;
+    detectFaces(frontal.cascade, grey, options);
+    QCOMPARE(frontal.seen->scaleFactors, std::vector<double>{1.1});
+    QCOMPARE(frontal.seen->minNeighbors, std::vector<int>{4});
+    QCOMPARE(frontal.seen->flags, std::vector<int>{0});
+    QCOMPARE(frontal.seen->maxSizes, std::vector<cv::Size>{cv::Size()});
+    options.scaleFactor = 1.3;
+    options.minNeighbors = 7;
+    detectFaces(frontal.cascade, grey, options);
+    QCOMPARE(frontal.seen->scaleFactors.at(1), 1.3);
+    QCOMPARE(frontal.seen->minNeighbors.at(1), 7);
+}
+
+void FaceDetectionTest::theShrunkImageIsMadeOfAreaMeansAndEqualised() {
+    cv::Mat grey(241, 322, CV_8U);
+    cv::RNG(3).fill(grey, cv::RNG::NORMAL, 120, 40);
+    const cv::Mat before = grey.clone();
+    for (const double scale : {0.5, 0.4, 0.99}) {
+        Scripted frontal;
+        Options options;
+        options.detectScale = scale;
+        detectFaces(frontal.cascade, grey, options);
+        cv::Mat expected;
+        cv::resize(before, expected, cv::Size(), scale, scale, cv::INTER_AREA);
+        cv::equalizeHist(expected, expected);
+        QCOMPARE(cv::norm(frontal.seen->images.at(0), expected, cv::NORM_INF), 0.0);
+    }
+    QCOMPARE(cv::norm(grey, before, cv::NORM_INF), 0.0);
 }
 
 void FaceDetectionTest::hitsAreMappedBackByTruncation() {
@@ -294,6 +333,23 @@ void FaceDetectionTest::largerBoxesWinAndDetectorsDecideBetweenEqualOnes() {
              QStringList{u"profile_left 0,0 90x90"_s});
 }
 
+void FaceDetectionTest::ofAlmostEqualBoxesTheLargerOneStays() {
+    QCOMPARE(texts(dedupeDetections({{cv::Rect(0, 0, 99, 100), "profile_right"},
+                                     {cv::Rect(0, 0, 100, 100), "profile_left"}})),
+             QStringList{u"profile_left 0,0 100x100"_s});
+}
+
+/// Threads of a library may give hits in any order; what comes out must not depend on it.
+void FaceDetectionTest::ofEqualBoxesAndDetectorsTheUpperLeftStays() {
+    const FaceDetection upper{cv::Rect(9, 0, 100, 100), "profile_left"};
+    const FaceDetection left{cv::Rect(0, 5, 100, 100), "profile_right"};
+    const FaceDetection right{cv::Rect(8, 5, 100, 100), "profile_right"};
+    for (const auto& hits :
+         {std::vector{upper, left, right}, std::vector{right, left, upper}, {left, upper, right}})
+        QCOMPARE(texts(dedupeDetections(hits)), QStringList{u"profile_left 9,0 100x100"_s});
+    QCOMPARE(texts(dedupeDetections({right, left})), QStringList{u"profile_right 0,5 100x100"_s});
+}
+
 void FaceDetectionTest::keptBoxesStayApart() {
     const std::vector<FaceDetection> apart{{cv::Rect(300, 0, 80, 80), "frontal"},
                                            {cv::Rect(0, 0, 90, 90), "profile_left"},
@@ -312,6 +368,8 @@ void FaceDetectionTest::bodyRegionsAreClippedAndCropped_data() {
     QTest::newRow("219 wide doubles") << QRect(0, 0, 293, 400) << QSize(438, 400);
     QTest::newRow("220 wide by 1.5") << QRect(0, 0, 294, 400) << QSize(330, 300);
     QTest::newRow("low bodies crop 80") << QRect(10, 10, 100, 150) << QSize(150, 160);
+    QTest::newRow("159 high crops 80") << QRect(10, 10, 100, 159) << QSize(150, 160);
+    QTest::newRow("162 high crops half") << QRect(10, 10, 100, 162) << QSize(150, 162);
     QTest::newRow("160 high crops half") << QRect(10, 10, 100, 160) << QSize(150, 160);
     QTest::newRow("60 wide") << QRect(10, 10, 60, 200) << QSize(90, 200);
     QTest::newRow("59 wide") << QRect(10, 10, 59, 200) << QSize();
@@ -349,6 +407,41 @@ void FaceDetectionTest::bodyRegionHitsComeBackInFramePixels() {
     QCOMPARE(texts(detectFacesInBodyRegions(frontal.cascade, &profile.cascade, grey, Options(),
                                             {QRect(10, 20, 100, 150)})),
              QStringList{u"frontal+far_crop 27,30 20x21"_s});
+}
+
+void FaceDetectionTest::bodyRegionHitsAreTruncatedAndMerged() {
+    // The crop is 300 wide, starts at x = 50 and is enlarged by 1.5.
+    Scripted frontal(cv::Rect(100, 101, 91, 92));
+    const cv::Mat grey(720, 1000, CV_8U, cv::Scalar(90));
+    const QRect body(0, 0, 400, 600);
+    QCOMPARE(texts(detectFacesInBodyRegions(frontal.cascade, nullptr, grey, Options(), {body})),
+             QStringList{u"frontal+far_crop 116,67 60x61"_s});
+    // Two bodies that overlap show the same face.
+    QCOMPARE(texts(detectFacesInBodyRegions(frontal.cascade, nullptr, grey, Options(),
+                                            {body, body.translated(3, 2)})),
+             QStringList{u"frontal+far_crop 116,67 60x61"_s});
+}
+
+void FaceDetectionTest::bodyRegionsAreEnlargedByCubicInterpolation() {
+    cv::Mat grey(720, 1000, CV_8U);
+    cv::RNG(3).fill(grey, cv::RNG::NORMAL, 120, 40);
+    const auto searched = [&grey](const QRect& body) {
+        Scripted frontal;
+        detectFacesInBodyRegions(frontal.cascade, nullptr, grey, Options(), {body});
+        return frontal.seen->images.at(0);
+    };
+    const auto enlarged = [&grey](const cv::Rect& crop, double factor) {
+        cv::Mat image;
+        cv::resize(grey(crop).clone(), image, cv::Size(), factor, factor, cv::INTER_CUBIC);
+        cv::equalizeHist(image, image);
+        return image;
+    };
+    QCOMPARE(
+        cv::norm(searched({100, 50, 400, 600}), enlarged({150, 50, 300, 300}, 1.5), cv::NORM_INF),
+        0.0);
+    QCOMPARE(
+        cv::norm(searched({100, 50, 200, 400}), enlarged({125, 50, 150, 200}, 2.0), cv::NORM_INF),
+        0.0);
 }
 
 void FaceDetectionTest::bodyRegionsLeaveTheFrameAlone() {

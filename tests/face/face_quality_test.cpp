@@ -12,6 +12,8 @@ private Q_SLOTS:
     void firstFailingTestWins_data();
     void firstFailingTestWins();
     void boundsAreInclusive();
+    void theSmallestSharpnessIs60_data();
+    void theSmallestSharpnessIs60();
 };
 
 namespace {
@@ -77,6 +79,33 @@ void FaceQualityTest::boundsAreInclusive() {
     QCOMPARE(QString::fromLatin1(faceQuality(face, options)), u"accepted"_s);
     options.minSharpness = std::nextafter(options.minSharpness, 1e9);
     QCOMPARE(QString::fromLatin1(faceQuality(face, options)), u"too_blurry"_s);
+}
+
+void FaceQualityTest::theSmallestSharpnessIs60_data() {
+    QTest::addColumn<int>("sumOfSquares");
+    QTest::addColumn<QString>("word");
+    QTest::newRow("a little less than 60") << 4999 << u"too_blurry"_s;
+    QTest::newRow("a little more than 60") << 5001 << u"accepted"_s;
+}
+
+/// 100 x 100 pixels of two flat halves, 50 levels apart: two columns where the Laplacian is 50, and
+/// with them a variance of 50. A single pixel that is `a` levels brighter gives -4a there and a at
+/// its four neighbours: 20 a^2 more in the sum of squares, and nothing in the mean. Of 10,000
+/// pixels, single ones with sum(a^2) = 5000 make the variance 60.
+void FaceQualityTest::theSmallestSharpnessIs60() {
+    QFETCH(int, sumOfSquares);
+    QFETCH(QString, word);
+    cv::Mat face(100, 100, CV_8U, cv::Scalar(90));
+    face.colRange(50, 100).setTo(140);
+    int place = 0;
+    for (int level = 20; level > 0; --level) {
+        for (; sumOfSquares >= level * level; sumOfSquares -= level * level) {
+            face.at<uchar>(5 + 4 * (place / 10), 5 + 4 * (place % 10)) += static_cast<uchar>(level);
+            ++place;
+        }
+    }
+    QVERIFY(std::abs(faceSharpness(face) - 60.0) < 0.01);
+    QCOMPARE(QString::fromLatin1(faceQuality(face, Options())), word);
 }
 
 QTEST_APPLESS_MAIN(FaceQualityTest)

@@ -22,7 +22,7 @@ private:
     FacePass look(const QImage& picture) {
         cv::Mat grey = greyFrame(picture);
         const QRect all(0, 0, grey.cols, grey.rows);
-        return findFaces(grey, tools, options, {all});
+        return findFaces(grey, tools, options, {all}).value();
     }
 
     Options options;

@@ -81,7 +81,7 @@ public:
                  {depth, frames.depthWidth, frames.depthHeight}, colour.size()))
             regions.append(body.rect);
         cv::Mat grey = greyFrame(colour);
-        const FacePass pass = findFaces(grey, tools, options, regions);
+        const FacePass pass = findFaces(grey, tools, options, regions).value();
         for (const FaceObservation& face : pass.faces)
             note(face, seconds);
         const auto now = static_cast<qint64>(1000.0 * seconds) + 1'700'000'000'000;

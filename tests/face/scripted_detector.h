@@ -6,28 +6,41 @@
 #include <utility>
 #include <vector>
 
-/// Stands in for a cascade: records what it is asked to search and answers with one box, or with
-/// none.
+/// Stands in for a cascade: records what it is asked to search and how, and answers with one box,
+/// with none, or with what its script says.
 class ScriptedDetector : public cv::BaseCascadeClassifier {
 public:
     struct Seen {
         std::vector<cv::Mat> images;
         std::vector<cv::Size> minSizes;
+        std::vector<cv::Size> maxSizes;
+        std::vector<double> scaleFactors;
+        std::vector<int> minNeighbors;
+        std::vector<int> flags;
         std::function<void()> whenAsked; ///< Called for each search, if set.
+        /// Gives the hits in the picture that is searched, if set.
+        std::function<std::vector<cv::Rect>(const cv::Mat&)> script;
     };
     ScriptedDetector(std::shared_ptr<Seen> record, cv::Rect answer)
         : seen(std::move(record)), hit(answer) {}
 
     bool empty() const override { return false; }
     bool load(const cv::String&) override { return true; }
-    void detectMultiScale(cv::InputArray image, std::vector<cv::Rect>& hits, double, int, int,
-                          cv::Size minSize, cv::Size) override {
+    void detectMultiScale(cv::InputArray image, std::vector<cv::Rect>& hits, double scaleFactor,
+                          int minNeighbors, int flags, cv::Size minSize,
+                          cv::Size maxSize) override {
         seen->images.push_back(image.getMat().clone());
         seen->minSizes.push_back(minSize);
+        seen->maxSizes.push_back(maxSize);
+        seen->scaleFactors.push_back(scaleFactor);
+        seen->minNeighbors.push_back(minNeighbors);
+        seen->flags.push_back(flags);
         if (seen->whenAsked)
             seen->whenAsked();
         hits.clear();
-        if (!hit.empty())
+        if (seen->script)
+            hits = seen->script(image.getMat());
+        else if (!hit.empty())
             hits.push_back(hit);
     }
     void detectMultiScale(cv::InputArray, std::vector<cv::Rect>&, std::vector<int>&, double, int,

@@ -112,7 +112,7 @@ Looked RoomRecognitionTest::lookAt(double seconds, const std::string& detector) 
     cv::cvtColor(color, gray, cv::COLOR_BGRA2GRAY);
     Looked looked{storySeconds(number), {}, peopleAt(storySeconds(number))};
     options.detector = detector;
-    looked.faces = findFaces(gray, tools, options, {}).faces;
+    looked.faces = findFaces(gray, tools, options, {}).value().faces;
     return looked;
 }
 
