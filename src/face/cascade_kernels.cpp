@@ -19,7 +19,7 @@ public:
            const KernelListener& whoAsks)
         : picture(where), cascade(what), listener(whoAsks), words(wordsOf(where.windowsX)),
           valid(reinterpret_cast<std::uint64_t*>(memory.bytes)), passed(valid + words),
-          blocks(reinterpret_cast<Block*>(passed + words)),
+          blocks(reinterpret_cast<Block*>(passed + words + 1)),
           contrast(reinterpret_cast<std::int16_t*>(blocks + maxBlocks(words))) {}
 
     static std::size_t wordsOf(int windows) {
@@ -30,8 +30,9 @@ public:
         return rowWords * (wordBits / lanes) * (stripRows + 1);
     }
     static std::size_t bytes(std::size_t rowWords) {
-        return rowWords * 2 * sizeof(std::uint64_t) + maxBlocks(rowWords) * sizeof(Block) +
-               rowWords * wordBits * stripRows * sizeof(std::int16_t);
+        // A block that begins at the last window of a row has its other lanes behind it.
+        return (rowWords * 2 + 1) * sizeof(std::uint64_t) + maxBlocks(rowWords) * sizeof(Block) +
+               (rowWords * wordBits * stripRows + lanes) * sizeof(std::int16_t);
     }
 
     void run() {
@@ -39,8 +40,12 @@ public:
             blockCount = 0;
             for (int row = y; row < y + stripRows && row < picture.windowsY; ++row)
                 beginRow(row, contrast + words * wordBits * static_cast<std::size_t>(row - y));
+            // Nearly all windows fail some stage for certain, so only the few that are left after
+            // the last stage are looked at closely.
             for (int stage = 1; stage < cascade.stageCount && blockCount > 0; ++stage)
-                keepPassing(0, stage);
+                leaveOutFailing<Bounds::upper>(0, stage);
+            for (int stage = 1; stage < cascade.stageCount && blockCount > 0; ++stage)
+                leaveOutFailing<Bounds::both>(0, stage);
             for (std::size_t i = 0; i < blockCount; ++i) {
                 for (std::uint32_t left = blocks[i].alive; left != 0; left &= left - 1)
                     listener.found(listener.context, blocks[i].x + __builtin_ctz(left),
@@ -60,24 +65,33 @@ private:
             valid[words - 1] &= (std::uint64_t{1} << (picture.windowsX % wordBits)) - 1;
 
         const std::size_t first = blockCount;
+        addBlocks(valid, y, rowContrast);
+        leaveOutFailing<Bounds::both>(first, 0);
+        for (std::size_t word = 0; word <= words; ++word)
+            passed[word] = 0;
+        for (std::size_t i = first; i < blockCount; ++i) {
+            const auto word = static_cast<std::size_t>(blocks[i].x / wordBits);
+            const int bit = blocks[i].x % wordBits;
+            passed[word] |= std::uint64_t{blocks[i].alive} << bit;
+            if (bit > wordBits - lanes)
+                passed[word + 1] |= std::uint64_t{blocks[i].alive} >> (wordBits - bit);
+        }
+        leaveOutSkipped();
+        blockCount = first;
+        addBlocks(passed, y, rowContrast);
+    }
+
+    /// Appends blocks that hold those windows of a row.
+    void addBlocks(const std::uint64_t* windows, int y, const std::int16_t* rowContrast) {
         const std::uint16_t* rowSums =
             picture.sums16 + static_cast<std::size_t>(y * picture.step) * picture.stride;
         for (std::size_t word = 0; word < words; ++word) {
-            passed[word] = 0;
             for (int bit = 0; bit < wordBits; bit += lanes) {
-                const auto alive = static_cast<std::uint32_t>(valid[word] >> bit) & allLanes;
+                const auto alive = static_cast<std::uint32_t>(windows[word] >> bit) & allLanes;
                 const std::size_t x = word * wordBits + static_cast<std::size_t>(bit);
-                if (alive != 0)
-                    blocks[blockCount++] = {rowSums + x, rowContrast + x, alive,
-                                            static_cast<std::int32_t>(x), y};
+                keep({rowSums + x, rowContrast + x, alive, static_cast<std::int32_t>(x), y});
             }
         }
-        keepPassing(first, 0);
-        for (std::size_t i = first; i < blockCount; ++i) {
-            const auto x = static_cast<std::size_t>(blocks[i].x);
-            passed[x / wordBits] |= std::uint64_t{blocks[i].alive} << (x % wordBits);
-        }
-        leaveOutSkipped(first);
     }
 
     /// Contrasts and validity of all windows of a row.
@@ -159,7 +173,7 @@ private:
     /// A window that fails the first stage makes its neighbour to the right be skipped, and one
     /// that is skipped makes nobody be. So in a run of failing windows the first, the third, the
     /// fifth ... are looked at.
-    void leaveOutSkipped(std::size_t first) {
+    void leaveOutSkipped() {
         constexpr std::uint64_t evenBits = 0x5555555555555555;
         std::uint64_t carry = 0;
         for (std::size_t word = 0; word < words; ++word) {
@@ -171,48 +185,71 @@ private:
             passed[word] &= ~((looked << 1) | carry);
             carry = looked >> (wordBits - 1);
         }
-        std::size_t kept = first;
-        for (std::size_t i = first; i < blockCount; ++i) {
-            Block block = blocks[i];
-            const auto x = static_cast<std::size_t>(block.x);
-            block.alive &= static_cast<std::uint32_t>(passed[x / wordBits] >> (x % wordBits));
-            if (block.alive != 0)
-                blocks[kept++] = block;
-        }
-        blockCount = kept;
     }
 
-    /// Takes the windows out that fail a stage, and the blocks that none is left of.
-    void keepPassing(std::size_t first, int stage) {
-        std::size_t kept = first;
+    /// Takes the windows out that fail a stage: with both bounds all of them, otherwise those that
+    /// fail for certain.
+    template <Bounds bounds>
+    void leaveOutFailing(std::size_t first, int stage) {
+        const KernelStage& limits = cascade.stages[stage];
+        const std::size_t end = blockCount;
+        blockCount = first;
         std::size_t next = first;
-        while (next < blockCount) {
+        while (next < end) {
             Verdict verdicts[groupBlocks];
-            const KernelStage& bounds = cascade.stages[stage];
-            std::size_t count = blockCount - next;
+            std::size_t count = end - next;
             if (count >= groupBlocks) {
-                boundStage<groupBlocks>(cascade, bounds, blocks + next, verdicts);
+                boundStage<bounds, groupBlocks>(cascade, limits, blocks + next, verdicts);
                 count = groupBlocks;
             } else if (count >= 2) {
-                boundStage<2>(cascade, bounds, blocks + next, verdicts);
+                boundStage<bounds, 2>(cascade, limits, blocks + next, verdicts);
                 count = 2;
             } else {
-                boundStage<1>(cascade, bounds, blocks + next, verdicts);
+                boundStage<bounds, 1>(cascade, limits, blocks + next, verdicts);
             }
-            for (std::size_t i = 0; i < count; ++i) {
-                Block block = blocks[next + i];
-                block.alive = verdicts[i].passed;
-                for (std::uint32_t open = verdicts[i].open; open != 0; open &= open - 1) {
-                    const int lane = __builtin_ctz(open);
-                    if (passesExactly(bounds, block, lane))
-                        block.alive |= std::uint32_t{1} << lane;
-                }
-                if (block.alive != 0)
-                    blocks[kept++] = block;
-            }
+            for (std::size_t i = 0; i < count; ++i)
+                keep(judged<bounds>(limits, blocks[next + i], verdicts[i]));
             next += count;
         }
-        blockCount = kept;
+    }
+
+    /// The block without the windows that fail the stage, as leaveOutFailing() says.
+    template <Bounds bounds>
+    Block judged(const KernelStage& stage, Block block, const Verdict& verdict) const {
+        block.alive = verdict.passed;
+        if constexpr (bounds == Bounds::upper) {
+            block.alive = verdict.open;
+        } else {
+            for (std::uint32_t open = verdict.open; open != 0; open &= open - 1) {
+                const int lane = __builtin_ctz(open);
+                if (passesExactly(stage, block, lane))
+                    block.alive |= std::uint32_t{1} << lane;
+            }
+        }
+        return block;
+    }
+
+    /// Appends a block that lies behind all others. Windows that fit into the block before join it,
+    /// and a block begins with its first window, so that the fewer windows are left, the fewer
+    /// blocks are.
+    void keep(Block block) {
+        if (blockCount > 0 && blocks[blockCount - 1].y == block.y) {
+            Block& last = blocks[blockCount - 1];
+            const int distance = block.x - last.x;
+            if (distance < lanes) {
+                const std::uint32_t joining = block.alive & (allLanes >> distance);
+                last.alive |= joining << distance;
+                block.alive ^= joining;
+            }
+        }
+        if (block.alive == 0)
+            return;
+        const int skipped = __builtin_ctz(block.alive);
+        block.sums += skipped;
+        block.contrast += skipped;
+        block.alive >>= skipped;
+        block.x += skipped;
+        blocks[blockCount++] = block;
     }
 
     static constexpr std::uint32_t allLanes =

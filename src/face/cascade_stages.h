@@ -104,7 +104,13 @@ inline Numbers feature(const std::uint16_t* sums, const KernelStump& stump,
     }
 }
 
-template <FeatureShape shape, int gain, int count>
+/// How well a stage's sum is to be known.
+enum class Bounds {
+    upper, ///< Only from above, which tells the windows that fail for certain.
+    both,
+};
+
+template <FeatureShape shape, int gain, Bounds bounds, int count>
 inline __attribute__((always_inline)) void addRun(const KernelStump* stump, std::uint32_t stumps,
                                                   const KernelPart* parts, const Block* blocks,
                                                   Numbers (&low)[count], Numbers (&high)[count]) {
@@ -117,14 +123,16 @@ inline __attribute__((always_inline)) void addRun(const KernelStump* stump, std:
         for (int i = 0; i < count; ++i) {
             const Numbers value = feature<shape>(blocks[i].sums, *stump, parts) << gain;
             const Numbers above = difference(value, highProduct(load(blocks[i].contrast), slope));
-            low[i] += (boundOfLow > above) & weight;
+            if constexpr (bounds == Bounds::both)
+                low[i] += (boundOfLow > above) & weight;
             high[i] += (boundOfHigh > above) & weight;
         }
     }
 }
 
-/// Bounds the stage's sums of some blocks and says which windows that decides.
-template <int count>
+/// Bounds the stage's sums of some blocks and says which windows that decides. Where they are
+/// bounded from above only, no window is said to have passed.
+template <Bounds bounds, int count>
 void boundStage(const KernelCascade& cascade, const KernelStage& stage, const Block* blocks,
                 Verdict* verdicts) {
     Numbers low[count];
@@ -134,8 +142,8 @@ void boundStage(const KernelCascade& cascade, const KernelStage& stage, const Bl
     for (int r = 0; r < stage.runCount; ++r) {
         const KernelStage::Run& run = stage.runs[r];
         const auto add = [&]<FeatureShape shape, int gain>() {
-            addRun<shape, gain>(cascade.stumps + run.first, run.count, cascade.parts, blocks, low,
-                                high);
+            addRun<shape, gain, bounds>(cascade.stumps + run.first, run.count, cascade.parts,
+                                        blocks, low, high);
         };
         const auto addShape = [&]<FeatureShape shape>() {
             if (run.fine)
@@ -162,9 +170,11 @@ void boundStage(const KernelCascade& cascade, const KernelStage& stage, const Bl
         }
     }
     for (int i = 0; i < count; ++i) {
-        const std::uint32_t passed = bitsOf(low[i] > stage.passAbove - Numbers{});
+        std::uint32_t passed = 0;
+        if constexpr (bounds == Bounds::both)
+            passed = bitsOf(low[i] > stage.passAbove - Numbers{}) & blocks[i].alive;
         const std::uint32_t failed = bitsOf(high[i] < stage.failBelow - Numbers{});
-        verdicts[i] = {passed & blocks[i].alive, ~passed & ~failed & blocks[i].alive};
+        verdicts[i] = {passed, ~passed & ~failed & blocks[i].alive};
     }
 }
 

@@ -26,6 +26,8 @@ constexpr double contrastError = 0.55;
 constexpr double slopeError = 0.27;
 /// The rounding of the bounds' own arithmetic, in units of a stage's sum.
 constexpr double stageError = 1e-3;
+/// Stages of so many stumps have few enough sums to try them all.
+constexpr std::size_t maxTriedStumps = 16;
 
 /// What the library takes off each stage's threshold.
 constexpr float stageTolerance = 1e-5F;
@@ -191,7 +193,38 @@ bool CascadeTables::addStage(const CascadeData& cascade, const CascadeData::Stag
     bounds.start = to16(start);
     bounds.passAbove = to16(std::ceil(wanted - roundings[0] + stageError) - 1.0);
     bounds.failBelow = to16(std::ceil(wanted - roundings[1] - stageError));
+    if (planned.size() <= maxTriedStumps)
+        tryAllSums(bounds, planned);
     return (weights[1] - weights[0]) / 2.0 + 1.0 < max16;
+}
+
+/// Few stumps have few sums. Which of the kernel's sums belong to windows that pass is then known
+/// exactly, also where a stage's threshold is one of its sums, which is how cascades are trained.
+void CascadeTables::tryAllSums(KernelStage& stage, const std::vector<PlannedStump>& planned) const {
+    struct Sum {
+        double exact = 0.0;
+        int kernel = 0;
+    };
+    std::vector<Sum> sums{{0.0, stage.start}};
+    const KernelStump* next = &*stumps.end() - planned.size();
+    for (const PlannedStump& stump : planned) {
+        const int weight = (next++)->weight;
+        const std::size_t half = sums.size();
+        for (std::size_t at = 0; at < half; ++at) {
+            sums.push_back({sums[at].exact + stump.below, sums[at].kernel + weight});
+            sums[at].exact += stump.otherwise;
+        }
+    }
+    int highestFailing = std::numeric_limits<std::int16_t>::min();
+    int lowestPassing = std::numeric_limits<std::int16_t>::max();
+    for (const Sum& sum : sums) {
+        if (sum.exact < stage.threshold)
+            highestFailing = std::max(highestFailing, sum.kernel);
+        else
+            lowestPassing = std::min(lowestPassing, sum.kernel);
+    }
+    stage.passAbove = static_cast<std::int16_t>(highestFailing);
+    stage.failBelow = static_cast<std::int16_t>(lowestPassing);
 }
 
 /// Sorted stumps of equal shape make a run.

@@ -36,6 +36,7 @@ private:
     static std::optional<PlannedStump> plan(const CascadeData& cascade,
                                             const CascadeData::Stump& stump);
     bool addStage(const CascadeData& cascade, const CascadeData::Stage& stage, double extraMargin);
+    void tryAllSums(KernelStage& stage, const std::vector<PlannedStump>& planned) const;
     void addRuns(KernelStage& stage, const std::vector<PlannedStump>& planned);
     void resolve(Resolved& table, std::size_t stride, int step) const;
 

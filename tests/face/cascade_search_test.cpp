@@ -4,6 +4,7 @@
 #include "face/cascade_scales.h"
 #include "face/cascade_search.h"
 #include "face/face_options.h"
+#include "library_search.h"
 #include "support/shared_pictures.h"
 #include "support/temporary_place.h"
 
@@ -13,7 +14,6 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/objdetect.hpp>
-#include <tuple>
 
 using namespace Qt::StringLiterals;
 
@@ -22,32 +22,6 @@ namespace {
 constexpr double scaleFactor = 1.1;
 /// Wide enough that no comparison is certain.
 constexpr double nothingCertain = 70000.0;
-
-std::vector<cv::Rect> sorted(std::vector<cv::Rect> rects) {
-    const auto key = [](const cv::Rect& rect) {
-        return std::tuple(rect.width, rect.height, rect.y, rect.x);
-    };
-    std::sort(rects.begin(), rects.end(),
-              [&key](const cv::Rect& a, const cv::Rect& b) { return key(a) < key(b); });
-    return rects;
-}
-
-/// What the library's own object finds, not clipped to the picture.
-std::vector<cv::Rect> libraryFinds(cv::CascadeClassifier& library, const cv::Mat& picture,
-                                   double factor = scaleFactor, cv::Size minSize = {}) {
-    std::vector<cv::Rect> found;
-    library.cc->detectMultiScale(picture, found, factor, 0, 0, minSize, cv::Size());
-    return sorted(found);
-}
-
-cv::CascadeClassifier libraryOf(const CascadeData& cascade) {
-    const cv::FileStorage storage(cascadeText(cascade),
-                                  cv::FileStorage::READ | cv::FileStorage::MEMORY);
-    cv::CascadeClassifier library;
-    if (!library.read(storage.getFirstTopLevelNode()))
-        qFatal("the library does not read a cut cascade");
-    return library;
-}
 
 CascadeData dataOf(const std::string& path) {
     std::optional<CascadeData> data = readCascade(path);
@@ -136,14 +110,14 @@ void CascadeSearchTest::findsWhatTheLibraryFinds() {
     QFETCH(int, stages);
     const CascadeData& whole = frontal ? cascades().frontal : cascades().profile;
     const CascadeData cut = cutCascade(whole, static_cast<std::size_t>(stages));
-    cv::CascadeClassifier library = libraryOf(cut);
+    cv::CascadeClassifier library = librarySearching(cut);
     std::vector<std::unique_ptr<CascadeSearch>> searches;
     for (const CascadeKernels& kernels : supportedCascadeKernels()) {
         searches.push_back(CascadeSearch::make(cut, kernels));
         QVERIFY(searches.back());
     }
     for (const NamedPicture& next : pictures()) {
-        const std::vector<cv::Rect> theirs = libraryFinds(library, next.picture);
+        const std::vector<cv::Rect> theirs = libraryFinds(library, next.picture, scaleFactor);
         for (std::size_t i = 0; i < searches.size(); ++i) {
             const auto ours = searches[i]->candidates(next.picture, scaleFactor, {});
             QVERIFY2(sorted(ours) == theirs,
@@ -162,13 +136,13 @@ void CascadeSearchTest::sumsUpEveryWindowExactly_data() {
 void CascadeSearchTest::sumsUpEveryWindowExactly() {
     QFETCH(bool, frontal);
     const CascadeData cut = cutCascade(frontal ? cascades().frontal : cascades().profile, 4);
-    cv::CascadeClassifier library = libraryOf(cut);
+    cv::CascadeClassifier library = librarySearching(cut);
     for (const CascadeKernels& kernels : supportedCascadeKernels()) {
         const auto search = CascadeSearch::make(cut, kernels, nothingCertain);
         QVERIFY(search);
         for (const NamedPicture& next : cascadePictures()) {
             QVERIFY2(sorted(search->candidates(next.picture, scaleFactor, {})) ==
-                         libraryFinds(library, next.picture),
+                         libraryFinds(library, next.picture, scaleFactor),
                      (next.name + " " + kernels.name).c_str());
         }
     }
@@ -176,7 +150,7 @@ void CascadeSearchTest::sumsUpEveryWindowExactly() {
 
 void CascadeSearchTest::otherScaleFactorsAndMinimumSizes() {
     const CascadeData cut = cutCascade(cascades().profile, 3);
-    cv::CascadeClassifier library = libraryOf(cut);
+    cv::CascadeClassifier library = librarySearching(cut);
     const auto search = CascadeSearch::make(cut, supportedCascadeKernels().front());
     const cv::Mat picture = noisePicture({157, 119}, 4, 77);
     for (const double factor : {1.01, 1.05, 1.1, 1.2, 1.37, 2.0, 7.5}) {
