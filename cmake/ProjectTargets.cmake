@@ -38,17 +38,22 @@ function(lumeno_tool name)
   set_property(GLOBAL APPEND PROPERTY LUMENO_TOOLS ${name})
 endfunction()
 
-# lumeno_add_test(<name> LABELS <unit|gui|e2e|slow>... COMMAND <command>... [TIMEOUT <seconds>])
+# lumeno_add_test(<name> LABELS <unit|gui|e2e|slow>... COMMAND <command>... [TIMEOUT <seconds>]
+#                 [COST <seconds>] [ALONE])
 #
 # One ctest entry for a command; a command that is a target runs that target. Budgets by label: unit
 # tests need no application object and no display and end within a second; gui tests run on the
 # offscreen platform; e2e tests start the real program or a script; slow tests may take minutes.
 # Those with the further label threads are the ones to run under the thread sanitizer.
 #
+# Tests run two at a time. ALONE is for those that measure how much the machine can do: nothing else
+# runs beside them. COST is about how long a test takes; those with a high one start first, so that
+# none of them is left over at the end.
+#
 # The second of a unit test is enforced in optimized builds, with room for a busy machine: a test
 # fails that takes two seconds of processor time, or, since waiting costs none, a minute in all.
 function(lumeno_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;COMMAND")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "ALONE" "TIMEOUT;COST" "LABELS;COMMAND")
   set(budget_ms 0)
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
@@ -77,20 +82,29 @@ function(lumeno_add_test name)
   set_tests_properties(${name} PROPERTIES
     LABELS "${arg_LABELS}" TIMEOUT ${arg_TIMEOUT} SKIP_RETURN_CODE 77
     ENVIRONMENT "${environment}")
-  # Whatever runs workers or watches the clock runs alone: workers yield the processor to others, so
-  # beside a busy test they would come to nothing.
-  if(NOT arg_LABELS STREQUAL "unit")
+  if(arg_ALONE)
     set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
+  endif()
+  if(arg_COST)
+    set_tests_properties(${name} PROPERTIES COST ${arg_COST})
   endif()
 endfunction()
 
-# lumeno_test(<name> LABELS <label>... SOURCES <file>... [LIBRARIES <target>...] [TIMEOUT <seconds>])
+# lumeno_test(<name> LABELS <label>... SOURCES <file>... [LIBRARIES <target>...] [TIMEOUT <seconds>]
+#             [COST <seconds>] [ALONE])
 #
-# An executable that uses Qt Test, and its ctest entry.
+# An executable that uses Qt Test, and its ctest entry; see lumeno_add_test.
 function(lumeno_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;SOURCES;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "ALONE" "TIMEOUT;COST" "LABELS;SOURCES;LIBRARIES")
+  if(arg_ALONE)
+    set(alone ALONE)
+  endif()
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE lumeno_options lumeno_test_support Qt6::Test ${arg_LIBRARIES})
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-  lumeno_add_test(${name} LABELS ${arg_LABELS} TIMEOUT ${arg_TIMEOUT} COMMAND ${name})
+  if("threads" IN_LIST arg_LABELS)
+    add_dependencies(lumeno_threads_tests ${name})
+  endif()
+  lumeno_add_test(${name} LABELS ${arg_LABELS} TIMEOUT ${arg_TIMEOUT} COST ${arg_COST} ${alone}
+    COMMAND ${name})
 endfunction()

@@ -6,11 +6,15 @@
 #include "room_samples.h"
 
 #include <QDebug>
+#include <opencv2/core/utility.hpp>
 #include <vector>
 
 /// What a face pass needs to know the virtual room's owner: both cascades, and a recogniser that is
-/// trained with samples of the owner, written to the working folder.
+/// trained with samples of the owner, written to the working folder. From then on OpenCV works in
+/// its callers' threads, as in the program: the threads of its pool wait for each other by asking
+/// again and again, which takes many times as long where other programs want the processor, too.
 inline FaceTools toolsThatKnowTheRoomsOwner(const Options& options) {
+    cv::setNumThreads(1);
     if (virtual_kinect::writeOwnerSamples(options.samplesDir) < 1)
         qFatal("no samples of the room's owner");
     std::vector<TrainingSample> samples;
