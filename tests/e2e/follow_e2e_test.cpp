@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -14,9 +15,11 @@
 using namespace Qt::StringLiterals;
 using namespace virtual_kinect::room;
 
-/// The Follow view of the running program while the built-in room plays its story once, told by the
-/// line that the program logs every second. With LUMENO_KEEP_PICTURES set to a folder, pictures of
-/// the screen in the moments of the story are written there.
+/// The Follow view of the running program while the built-in room plays its story, told by the line
+/// that the program logs every second. The story waits for nobody: where a busy machine left too
+/// little for the face search, the next round of it is watched, and at last nothing is claimed.
+/// With LUMENO_KEEP_PICTURES set to a folder, pictures of the screen in the moments of the story
+/// are written there, and the log.
 class FollowE2eTest : public QObject {
     Q_OBJECT
 
@@ -32,6 +35,10 @@ private Q_SLOTS:
 namespace {
 
 constexpr QSize screenSize(1600, 1000);
+constexpr int maxRounds = 3;
+/// Face passes a second that are enough for the story; a program that gets the processor makes two
+/// or more.
+constexpr double enoughPasses = 1.5;
 
 /// One awareness line; `seconds` is the story's time.
 struct Line {
@@ -76,19 +83,45 @@ bool followsOwner(const Line& line) {
     return line.status == u"Following Tavin"_s;
 }
 
-void keepPicture(const QString& name) {
+QString keptFile(const QString& name) {
     const QString folder = qEnvironmentVariable("LUMENO_KEEP_PICTURES");
-    if (!folder.isEmpty())
-        ProgramUnderTest::screenshot().save(QDir(folder).filePath(name + u".png"_s));
+    return folder.isEmpty() ? QString() : QDir(folder).filePath(name);
+}
+
+void keepPicture(const QString& name) {
+    if (const QString file = keptFile(name + u".png"_s); !file.isEmpty())
+        ProgramUnderTest::screenshot().save(file);
+}
+
+void keepLog(const QString& log) {
+    QFile file(keptFile(u"log.txt"_s));
+    if (!file.fileName().isEmpty() && file.open(QIODevice::WriteOnly))
+        file.write(log.toUtf8());
 }
 
 /// The stranger walks to the door, still in sight.
 constexpr double strangerLeaving = strangerAlone.to + 2.0;
 
-/// Pictures of the story's moments, by the time since it began.
-void watchStory() {
-    QElapsedTimer story;
-    story.start();
+/// Whether faces were searched often enough while somebody stood in sight. Every pass that finds a
+/// face in the region of a body is told.
+bool sawFacesOften(const QStringList& log, double storyBegan) {
+    const auto passesIn = [&](const Span& span) {
+        return std::count_if(log.begin(), log.end(), [&](const QString& line) {
+            const double seconds = stampOf(line) - storyBegan;
+            return seconds >= span.from && seconds < span.to;
+        });
+    };
+    return std::ranges::all_of(
+        std::initializer_list{ownerFrontal, ownerReturned, strangerAlone}, [&](const Span& span) {
+            const double rate = static_cast<double>(passesIn(span)) / (span.to - span.from);
+            qInfo() << "face passes a second from" << span.from << "to" << span.to << "s:" << rate;
+            return rate >= enoughPasses;
+        });
+}
+
+/// Pictures of the story's moments. `story` runs since its first round began; `round` counts from
+/// 0.
+void watchRound(const QElapsedTimer& story, int round) {
     const QList<std::pair<double, QString>> moments{
         {ownerFrontal.to - 1.0, u"1-owner-followed"_s},
         {ownerVeryClose.to - 0.3, u"2-owner-close"_s},
@@ -98,7 +131,7 @@ void watchStory() {
         {strangerAlone.to - 0.4, u"6-stranger-alone"_s},
         {strangerLeaving, u"7-stranger-leaves"_s}};
     for (const auto& [seconds, name] : moments) {
-        const qint64 left = qint64(seconds * 1000) - story.elapsed();
+        const qint64 left = qint64((round * loopSeconds + seconds) * 1000) - story.elapsed();
         if (left > 0)
             QTest::qWait(int(left)); // the story's own pace, not a state
         keepPicture(name);
@@ -118,18 +151,23 @@ void FollowE2eTest::initTestCase() {
     QVERIFY(program.press(u"7"_s));
     const QString firstFrames = u"Qt Kinect streams: first RGB/IR/Depth frames converted"_s;
     QVERIFY(program.waitForLog(firstFrames));
-    watchStory();
-    lines = awarenessLines(program.logLinesWith(u"Qt awareness overlays:"_s),
-                           stampOf(program.logLinesWith(firstFrames).value(0)));
+    QElapsedTimer story;
+    story.start();
+    const double began = stampOf(program.logLinesWith(firstFrames).value(0));
+    bool often = false;
+    for (int round = 0; round < maxRounds && !often; ++round) {
+        watchRound(story, round);
+        keepLog(program.log());
+        const double roundBegan = began + round * loopSeconds;
+        lines = awarenessLines(program.logLinesWith(u"Qt awareness overlays:"_s), roundBegan);
+        often =
+            sawFacesOften(program.logLinesWith(u"Qt face follow/body crop upscale:"_s), roundBegan);
+    }
     for (const Line& line : lines)
         qInfo().noquote() << u"%1 s: %2, zoom %3%4"_s.arg(
             QString::number(line.seconds, 'f', 1), line.status, QString::number(line.zoom, 'f', 2),
             line.closeNoZoom ? u", close"_s : QString());
-    // The story waits for nobody: where face passes take seconds there is nothing to see.
-    int facePasses = 0;
-    for (const QString& line : program.logLinesWith(u"Qt face overlays:"_s))
-        facePasses += stampOf(line) < stampOf(program.logLinesWith(firstFrames).value(0)) + 15.0;
-    if (facePasses < 8)
+    if (!often)
         QSKIP("this machine is too slow or too busy to search faces every second");
 }
 
