@@ -1,13 +1,12 @@
 #include "common/command_line.h"
-#include "common/console.h"
 #include "export/export_tool.h"
 #include "export/test_recording.h"
 #include "frame_source.h"
+#include "tools/tool_run.h"
 
 #include <opencv2/core/persistence.hpp>
 #include <opencv2/imgcodecs.hpp>
 
-#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -46,26 +45,11 @@ private Q_SLOTS:
 
 namespace {
 
-/// One run of lumeno-export in this process: its status and what it wrote.
-struct Run {
+/// One run of lumeno-export.
+struct Run : ToolRun {
     explicit Run(
-        const QStringList& arguments, const std::function<bool()>& stopped = [] { return false; }) {
-        QBuffer outputBuffer;
-        QBuffer errorsBuffer;
-        outputBuffer.open(QIODevice::WriteOnly);
-        errorsBuffer.open(QIODevice::WriteOnly);
-        {
-            tool::Console console(u"lumeno-export"_s, outputBuffer, errorsBuffer);
-            status = exporting::runExportTool(QStringList{u"lumeno-export"_s} + arguments, console,
-                                              stopped);
-        }
-        output = QString::fromLocal8Bit(outputBuffer.data());
-        errors = QString::fromLocal8Bit(errorsBuffer.data());
-    }
-
-    int status = -1;
-    QString output;
-    QString errors;
+        const QStringList& arguments, const std::function<bool()>& stopped = [] { return false; })
+        : ToolRun(u"lumeno-export"_s, exporting::runExportTool, arguments, stopped) {}
 };
 
 struct Point {

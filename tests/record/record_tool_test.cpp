@@ -48,6 +48,10 @@ private Q_SLOTS:
 
 private:
     QString folder() const { return place->filePath(u"walk"_s); }
+    /// Whether a set was written while the tool runs.
+    bool hasSets() const {
+        return !QDir(folder() + u"/depth"_s).isEmpty(QDir::Files | QDir::NoDotAndDotDot);
+    }
     std::unique_ptr<QTemporaryDir> place;
 };
 
@@ -86,12 +90,13 @@ void RecordToolTest::init() {
 
 void RecordToolTest::theRoomIsRecordedAsItWasRendered() {
     const AttachedDevice attached(u"room"_s, "start=9");
-    const RecordToolRun run({folder(), u"--seconds"_s, u"3"_s});
+    const QString seconds = qEnvironmentVariableIsSet("LUMENO_LONG_TESTS") ? u"3"_s : u"1"_s;
+    const RecordToolRun run({folder(), u"--seconds"_s, seconds});
     QVERIFY2(run.status == tool::Succeeded, qPrintable(run.errors));
     const virtual_kinect::RecordingIndex index = indexOf(folder());
     const QJsonObject description = jsonOf(folder() + u"/recording.json"_s);
     QCOMPARE(description[u"sets"_s].toInteger(), static_cast<qint64>(index.moments.size()));
-    QVERIFY(index.moments.size() >= 5); // 90 on a machine with nothing else to do
+    QVERIFY(index.moments.size() >= 3); // 30 a second where nothing else is to be done
 
     const auto room = virtual_kinect::makeRoomSource();
     virtual_kinect::FrameSet rendered;
@@ -217,8 +222,12 @@ void RecordToolTest::whoeverStopsItHasAFolderThatPlays() {
     const RecordingFolder small(60, 20);
     const AttachedDevice attached(small.path());
     QElapsedTimer time;
-    time.start();
-    const RecordToolRun run({folder()}, [&] { return time.hasExpired(1200); });
+    int asked = 0; // after the second at whose end the progress line is due
+    const RecordToolRun run({folder()}, [&] {
+        if (!time.isValid())
+            time.start();
+        return time.hasExpired(1000) && ++asked > 1;
+    });
     QVERIFY2(run.status == tool::Succeeded, qPrintable(run.errors));
     QVERIFY(!indexOf(folder()).moments.empty());
     QCOMPARE(jsonOf(folder() + u"/recording.json"_s)[u"ended"_s].toString(), u"it was stopped"_s);
@@ -310,15 +319,15 @@ void RecordToolTest::aFolderRemovedWhileRecordingIsSaid() {
     time.start();
     bool removed = false;
     const RecordToolRun run({folder()}, [&] {
-        if (!removed && time.hasExpired(700)) {
+        if (!removed && hasSets()) {
             removed = true;
             QDir(folder()).removeRecursively();
         }
-        return time.hasExpired(20'000);
+        return time.hasExpired(60'000);
     });
     QCOMPARE(run.status, tool::Failed);
     QVERIFY2(run.errors.contains(u"No such file or directory"_s), qPrintable(run.errors));
-    QVERIFY(!time.hasExpired(20'000));
+    QVERIFY(!time.hasExpired(60'000));
 }
 
 void RecordToolTest::wrongUseIsRefused_data() {
