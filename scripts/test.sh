@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds everything and runs every test. Needs neither sensor nor display.
+# Installs what is missing, builds, and runs every test. Needs neither sensor nor display.
 #
 #   scripts/test.sh              the optimised build
 #   scripts/test.sh --sanitize   with address and undefined-behaviour sanitizers
@@ -11,11 +11,14 @@
 # shellcheck source=lib/setup.sh
 . "$(dirname "${BASH_SOURCE[0]}")/lib/setup.sh"
 
-preset=release folder=build select=()
+preset=release folder=build targets=() select=()
 while [ $# -gt 0 ]; do
     case $1 in
     --sanitize) preset=asan folder=build-asan ;;
-    --threads) preset=tsan folder=build-tsan select=(-L threads) ;;
+    --threads)
+        preset=tsan folder=build-tsan targets=(--target lumeno_threads_tests)
+        select=(-L threads)
+        ;;
     --long) export LUMENO_LONG_TESTS=1 ;;
     *) break ;;
     esac
@@ -23,7 +26,7 @@ while [ $# -gt 0 ]; do
 done
 
 require_packages "${build_packages[@]}" "${test_packages[@]}"
-build_preset "$preset" "$folder"
+build_preset "$preset" "$folder" "${targets[@]}"
 
 # Else what an earlier run skipped would be listed when this one finds no test.
 rm -f "$folder/Testing/Temporary/LastTest.log"
