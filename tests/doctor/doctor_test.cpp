@@ -10,6 +10,9 @@
 
 #include <functional>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 using namespace doctor;
 
@@ -39,6 +42,8 @@ const QByteArray uaccessRule = "# a comment about \"045e\" and \"02c4\" with MOD
                                "  ATTR{idProduct}==\"02c4\", TAG+=\"uaccess\"\n";
 const QByteArray modeRule =
     "SUBSYSTEM==\"usb\", ATTR{idVendor}==\"045e\", ATTR{idProduct}==\"02c4\", MODE=\"0666\"\n";
+const QByteArray groupRule =
+    "SUBSYSTEM==\"usb\", ATTR{idVendor}==\"045e\", ATTR{idProduct}==\"02c4\", GROUP=\"video\"\n";
 
 QStringList linesOf(const Findings& findings, Verdict verdict) {
     QStringList lines;
@@ -67,6 +72,10 @@ private Q_SLOTS:
     void rulesCountAsUdevCountsThem_data();
     void rulesCountAsUdevCountsThem();
     void aRuleIsForTheSensorThatIsThere();
+    void noRuleIsNeededWhereTheSensorMayBeOpened();
+    void aPipelineThatTheLibraryLacksIsNamed();
+    void whatIsNoFileIsNotReadFrom();
+    void rightsOfThisMachine();
     void theFolderThatTheProgramIsStartedIn();
     void theReportNamesTheMachineAndNotItsOwner();
 };
@@ -109,6 +118,10 @@ void DoctorTest::oneFaultGivesOneSentence_data() {
         u"Sensor: no Kinect v2 is on the USB bus. Plug it into a USB 3 port and its own power "
         "supply into a socket."_s,
         [](Machine& machine) { machine.tree.remove(u"/sys"_s); });
+    row("another maker's device of the same number",
+        u"Sensor: no Kinect v2 is on the USB bus. Plug it into a USB 3 port and its own power "
+        "supply into a socket."_s,
+        [](Machine& machine) { machine.tree.setMaker(u"1234"_s); });
     row("only the hub",
         u"Sensor: its hub (045e:02d9) is on the USB bus, its camera is not. Use a USB 3 port of "
         "the machine itself, and the sensor's own power supply."_s,
@@ -138,6 +151,13 @@ void DoctorTest::oneFaultGivesOneSentence_data() {
         });
     row("busy", u"In use: by Protonect (process 4711). End it before the program is started."_s,
         [](Machine& machine) { machine.tree.letOpen(4711, u"Protonect"_s); });
+    row("busy twice",
+        u"In use: by Protonect (process 4711), viewer (process 4712). End it before the program is "
+        "started."_s,
+        [](Machine& machine) {
+            machine.tree.letOpen(4711, u"Protonect"_s);
+            machine.tree.letOpen(4712, u"viewer"_s);
+        });
     row("the stand-in",
         u"Sensor library: the program is built with the stand-in. Run scripts/setup-kinect.sh, "
         "then scripts/run.sh."_s,
@@ -176,12 +196,44 @@ void DoctorTest::oneFaultGivesOneSentence_data() {
             machine.tree.remove(u"/data/faces"_s);
             machine.tree.write(u"/data/faces/tavin/1.png"_s, "none");
         });
+    row("nothing in the folder yet",
+        u"Owner's samples: no picture under %1/data/faces/tavin can be read. Take some with "
+        "lumeno-enroll."_s,
+        [](Machine& machine) { machine.tree.remove(u"/data"_s); });
+    row("a file in place of the working folder",
+        u"Working folder: the model cannot be written because of %1/data. Make that a folder which "
+        "you may write to."_s,
+        [](Machine& machine) {
+            machine.tree.remove(u"/data"_s);
+            machine.tree.write(u"/data"_s, "");
+        });
+    row("a working folder that may not be read",
+        u"Working folder: the model cannot be written because of %1/data. Make that a folder which "
+        "you may write to."_s,
+        [](Machine& machine) {
+            QFile::setPermissions(machine.tree.path() + u"/data"_s,
+                                  QFile::WriteOwner | QFile::ExeOwner);
+        });
+    row("a folder in place of the model",
+        u"Working folder: the model cannot be written because of "
+        "%1/data/models/face_recognizer.yml. That is a folder: move it away."_s,
+        [](Machine& machine) {
+            machine.tree.write(u"/data/models/face_recognizer.yml/file"_s, "");
+        });
+    row("a models' folder of somebody else",
+        u"Working folder: the model cannot be written because of %1/data/models. Make that a "
+        "folder which you may write to."_s,
+        [](Machine& machine) {
+            machine.tree.write(u"/data/models/file"_s, "");
+            QFile::setPermissions(machine.tree.path() + u"/data/models"_s,
+                                  QFile::ReadOwner | QFile::ExeOwner);
+        });
     row("a file in place of the models' folder",
-        u"Working folder: the model cannot be written, since of %1/data/models. Make that a "
+        u"Working folder: the model cannot be written because of %1/data/models. Make that a "
         "folder which you may write to."_s,
         [](Machine& machine) { machine.tree.write(u"/data/models"_s, ""); });
     row("a working folder of somebody else",
-        u"Working folder: the model cannot be written, since of %1/data. Make that a folder which "
+        u"Working folder: the model cannot be written because of %1/data. Make that a folder which "
         "you may write to."_s,
         [](Machine& machine) {
             QFile::setPermissions(machine.tree.path() + u"/data"_s,
@@ -193,6 +245,14 @@ void DoctorTest::oneFaultGivesOneSentence_data() {
         [](Machine& machine) {
             const QString file = u"/home/.local/state/lumeno/auralis-live.pid"_s;
             QFile::setPermissions(machine.tree.path() + file, QFile::WriteOwner);
+        });
+    row("a folder in place of a voice file",
+        u"Voice service: %1/home/.local/state/lumeno/auralis-live-event.json cannot be read. "
+        "Remove it, and let the voice service write it again under your name."_s,
+        [](Machine& machine) {
+            const QString file = u"/home/.local/state/lumeno/auralis-live-event.json"_s;
+            machine.tree.remove(file);
+            machine.tree.write(file + u"/file"_s, "");
         });
 }
 
@@ -224,6 +284,8 @@ void DoctorTest::worthKnowingIsNoFault_data() {
         [](Machine& machine) {
             machine.tree.write(u"/proc/cpuinfo"_s, "flags : fpu hypervisor lahf_lm\n");
         });
+    row("no controller above the sensor", u"USB controller: not found above the sensor"_s,
+        [](Machine& machine) { machine.tree.removeController(); });
     row("the processor's pipeline", u"Packet pipeline: cpu, which needs a whole core"_s,
         [](Machine& machine) { machine.wantedPipeline = u"cpu"_s; });
     row("few samples", u"Owner's samples: 1 readable under "_s, [](Machine& machine) {
@@ -232,6 +294,10 @@ void DoctorTest::worthKnowingIsNoFault_data() {
     });
     row("no voice service", u"Voice service: has left no direction under "_s,
         [](Machine& machine) { machine.tree.remove(u"/home/.local"_s); });
+    row("a voice service that left one of its files",
+        u"Voice service: has left no direction under "_s, [](Machine& machine) {
+            machine.tree.remove(u"/home/.local/state/lumeno/auralis-live-event.json"_s);
+        });
     row("a voice service that ended", u"Voice service: does not run"_s, [](Machine& machine) {
         machine.tree.write(u"/home/.local/state/lumeno/auralis-live.pid"_s, "999999999");
     });
@@ -262,6 +328,10 @@ void DoctorTest::whatFollowsFromAFaultIsNotLookedAt_data() {
     }) << QStringList{u"Rights"_s};
     QTest::newRow("the stand-in") << Spoil([](Machine& machine) { machine.build = {}; })
                                   << QStringList{u"Packet pipeline"_s};
+    QTest::newRow("a file in place of the working folder") << Spoil([](Machine& machine) {
+        machine.tree.remove(u"/data"_s);
+        machine.tree.write(u"/data"_s, "");
+    }) << QStringList{u"Owner's samples"_s};
 }
 
 void DoctorTest::whatFollowsFromAFaultIsNotLookedAt() {
@@ -289,7 +359,8 @@ void DoctorTest::rulesCountAsUdevCountsThem_data() {
     QTest::addColumn<Files>("files");
     QTest::addColumn<int>("state");
     QTest::addColumn<QString>("path");
-    const QString etc = u"/etc/udev/rules.d/"_s, usr = u"/usr/lib/udev/rules.d/"_s;
+    const QString etc = u"/etc/udev/rules.d/"_s, run = u"/run/udev/rules.d/"_s,
+                  usr = u"/usr/lib/udev/rules.d/"_s;
     const auto row = [](const char* name, SensorRule::State state, const QString& path,
                         const Files& files) { QTest::newRow(name) << files << int{state} << path; };
     row("none", SensorRule::Missing, {}, {});
@@ -308,6 +379,14 @@ void DoctorTest::rulesCountAsUdevCountsThem_data() {
         {{etc + u"9-a.rules"_s, uaccessRule}});
     row("mode, late", SensorRule::Works, etc + u"90-kinect2.rules"_s,
         {{etc + u"90-kinect2.rules"_s, modeRule}});
+    row("group, late", SensorRule::Works, etc + u"90-kinect2.rules"_s,
+        {{etc + u"90-kinect2.rules"_s, groupRule}});
+    row("both too late, the first is named", SensorRule::TooLate, etc + u"80-a.rules"_s,
+        {{etc + u"80-a.rules"_s, uaccessRule}, {usr + u"90-b.rules"_s, uaccessRule}});
+    row("the system's until its next start", SensorRule::Works, run + u"70-a.rules"_s,
+        {{run + u"70-a.rules"_s, uaccessRule}, {usr + u"70-a.rules"_s, ""}});
+    row("the administrator's before that", SensorRule::Missing, {},
+        {{run + u"70-a.rules"_s, uaccessRule}, {etc + u"70-a.rules"_s, ""}});
     row("one of two works", SensorRule::Works, usr + u"90-b.rules"_s,
         {{etc + u"80-a.rules"_s, uaccessRule}, {usr + u"90-b.rules"_s, modeRule}});
     row("masked by an empty file of its name", SensorRule::Missing, {},
@@ -337,6 +416,39 @@ void DoctorTest::aRuleIsForTheSensorThatIsThere() {
     QVERIFY(faults.first().startsWith(u"udev rule: none"_s));
 }
 
+void DoctorTest::noRuleIsNeededWhereTheSensorMayBeOpened() {
+    Machine machine;
+    machine.tree.remove(PreparedTree::rule);
+    const Findings findings = machine.findings();
+    QCOMPARE(lineOf(findings.at(3)), u"ok    udev rule: none, and none is needed here"_s);
+    QCOMPARE(statusOf(findings), 0);
+}
+
+void DoctorTest::aPipelineThatTheLibraryLacksIsNamed() {
+    Machine machine;
+    machine.wantedPipeline = u"cuda"_s;
+    QCOMPARE(lineOf(machine.findings().at(7)),
+             u"ok    Packet pipeline: gl, since LIBFREENECT2_PIPELINE names one that the library "
+             "does not have"_s);
+    machine.wantedPipeline = u"cl"_s;
+    QCOMPARE(lineOf(machine.findings().at(7)), u"ok    Packet pipeline: cl"_s);
+}
+
+void DoctorTest::whatIsNoFileIsNotReadFrom() {
+    const QTemporaryDir folder;
+    const QString fifo = folder.filePath(u"fifo"_s);
+    QCOMPARE(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    QCOMPARE(contentOf(fifo), QByteArray()); // and does not wait for somebody to write
+    QCOMPARE(contentOf(folder.path()), QByteArray());
+}
+
+void DoctorTest::rightsOfThisMachine() {
+    const QTemporaryDir folder;
+    const Places places = thisMachine(folder.path(), folder.path());
+    QVERIFY(places.mayAccess(folder.path(), R_OK | W_OK | X_OK));
+    QVERIFY(!places.mayAccess(folder.filePath(u"nothing"_s), R_OK));
+}
+
 void DoctorTest::theFolderThatTheProgramIsStartedIn() {
     const QTemporaryDir applications;
     const QString home = u"/home/somebody"_s;
@@ -361,17 +473,22 @@ void DoctorTest::theReportNamesTheMachineAndNotItsOwner() {
     machine.tree.write(u"/sys/module/usbcore/parameters/usbfs_memory_mb"_s, "16\n");
     machine.tree.remove(u"/home/.local"_s);
     qputenv("LIBFREENECT2_PIPELINE", "cl");
+    qputenv("LUMENO_VIRTUAL_KINECT", "room");
+    qputenv("SOMETHING_ELSE", "private");
     const Places places = machine.tree.places();
     const QString report = reportOf(machine.findings(), places, u"Version 1"_s);
-    qunsetenv("LIBFREENECT2_PIPELINE");
+    for (const char* name : {"LIBFREENECT2_PIPELINE", "LUMENO_VIRTUAL_KINECT", "SOMETHING_ELSE"})
+        qunsetenv(name);
     for (const QString& line :
          {u"Version 1\n"_s, u"System: Some Linux 12, Linux 6.1.0\n"_s,
-          u"Memory for USB transfers: 16 MiB\n"_s,
+          u"Memory for USB transfers in MiB: 16\n"_s,
           u"USB: 045e:02c4 on bus 2, device 3, 5000 Mbit/s, controller 8086:a36d\n"_s,
           u"USB: 045e:02d9 on bus 2, device 2, "_s, u"LIBFREENECT2_PIPELINE=cl\n"_s,
-          u"ok    Packet pipeline: gl\n"_s, u"under ~/.local/state/lumeno/"_s})
+          u"LUMENO_VIRTUAL_KINECT=room\n"_s, u"ok    Packet pipeline: gl\n"_s,
+          u"under ~/.local/state/lumeno/"_s})
         QVERIFY2(report.contains(line), qPrintable(line + u"is missing in\n"_s + report));
     QVERIFY(!report.contains(places.home));
+    QVERIFY(!report.contains(u"private"_s));
 }
 
 QTEST_GUILESS_MAIN(DoctorTest)

@@ -87,6 +87,15 @@ void PreparedTree::leaveOnlyTheHub() {
     addDevice(u"2-1"_s, u"02d9"_s, 2, 480);
 }
 
+void PreparedTree::setMaker(const QString& vendor) {
+    for (const QString& device : {u"/usb2/2-1"_s, u"/usb2/2-1.1"_s})
+        write(controllerFolder + device + u"/idVendor"_s, vendor.toUtf8() + '\n');
+}
+
+void PreparedTree::removeController() {
+    write(controllerFolder + u"/class"_s, "0x060400\n"); // a bridge
+}
+
 void PreparedTree::forbidTheNode() {
     QFile::setPermissions(path() + node, QFile::ReadOwner);
 }

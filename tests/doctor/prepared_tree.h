@@ -16,6 +16,10 @@ public:
     /// Replaces the sensor's camera on the bus, or with an empty product all of the sensor.
     void plugIn(const QString& product, int speed_Mbps, const QString& controllerVendor = {});
     void leaveOnlyTheHub();
+    /// Of the sensor's camera and hub, four hexadecimal digits.
+    void setMaker(const QString& vendor);
+    /// What the sensor hangs on is no USB controller of the PCI bus any more.
+    void removeController();
     void forbidTheNode();
     void letOpen(int pid, const QString& name);
     void write(const QString& path, const QByteArray& text);

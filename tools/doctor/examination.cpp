@@ -60,7 +60,7 @@ QString reportOf(const Findings& findings, const Places& places, const QString& 
         u"System: %1, Linux %2"_s.arg(
             valueOf(u"PRETTY_NAME"_s, contentOf(places.inSystem(u"/etc/os-release"_s))),
             system(u"/proc/sys/kernel/osrelease"_s)),
-        u"Memory for USB transfers: %1 MiB"_s.arg(
+        u"Memory for USB transfers in MiB: %1"_s.arg(
             system(u"/sys/module/usbcore/parameters/usbfs_memory_mb"_s))};
     for (const KinectDevice& device : kinectDevices(places.root))
         lines.append(

@@ -10,6 +10,8 @@
 
 #include <opencv2/objdetect.hpp>
 
+#include <optional>
+
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -75,8 +77,16 @@ Finding checkCascades(const Places& places) {
     return {Verdict::Good, subject, u"both can be loaded"_s, {}};
 }
 
+/// Whether the working folder, where there is one, is a folder that can be entered and read.
+bool isUsable(const Places& places) {
+    return !QFileInfo::exists(places.folder) ||
+           (QFileInfo(places.folder).isDir() && places.mayAccess(places.folder, R_OK | X_OK));
+}
+
 Finding checkSamples(const Places& places) {
     const QString subject = u"Owner's samples"_s;
+    if (!isUsable(places))
+        return {Verdict::NotLookedAt, subject, u"they lie in the working folder"_s, {}};
     const QString folder = places.folder + u'/' + QFile::decodeName(Options().samplesDir.c_str());
     std::vector<TrainingSample> samples;
     loadTavinSamples(QFile::encodeName(folder).toStdString(), samples);
@@ -93,29 +103,35 @@ Finding checkSamples(const Places& places) {
     return {Verdict::Good, subject, text, {}};
 }
 
-/// The first thing in the way of writing the model file; empty when nothing is.
-QString obstacleToWriting(const Places& places) {
+/// What keeps the program from writing its model file, and what to do about it.
+struct Obstacle {
+    QString path;
+    QString cure;
+};
+
+std::optional<Obstacle> obstacleToWriting(const Places& places) {
+    const auto notMine = [](const QString& path) {
+        return Obstacle{path, u"Make that a folder which you may write to."_s};
+    };
     if (!QFileInfo::exists(places.folder)) // then the launcher makes it
-        return {};
-    if (!QFileInfo(places.folder).isDir())
-        return places.folder;
+        return std::nullopt;
     const QString models = places.folder + u"/models"_s;
-    const QFileInfo folder(models);
+    // The folder that the next one, or the file, is made in.
+    const QString& parent = QFileInfo::exists(models) ? models : places.folder;
+    if (!isUsable(places) || !QFileInfo(parent).isDir() || !places.mayAccess(parent, W_OK | X_OK))
+        return notMine(isUsable(places) ? parent : places.folder);
     const QString file = places.folder + u'/' + QFile::decodeName(Options().modelPath.c_str());
-    if (!folder.exists())
-        return places.mayAccess(places.folder, W_OK | X_OK) ? QString() : places.folder;
-    if (!folder.isDir() || !places.mayAccess(models, W_OK | X_OK))
-        return models;
-    return QFileInfo(file).isDir() ? file : QString();
+    if (QFileInfo(file).isDir())
+        return Obstacle{file, u"That is a folder: move it away."_s};
+    return std::nullopt;
 }
 
 Finding checkFolder(const Places& places) {
     const QString subject = u"Working folder"_s;
-    const QString obstacle = obstacleToWriting(places);
-    if (obstacle.isEmpty())
-        return {Verdict::Good, subject, places.folder, {}};
-    return {Verdict::Fault, subject, u"the model cannot be written, since of %1"_s.arg(obstacle),
-            u"Make that a folder which you may write to."_s};
+    if (const std::optional<Obstacle> obstacle = obstacleToWriting(places))
+        return {Verdict::Fault, subject,
+                u"the model cannot be written because of "_s + obstacle->path, obstacle->cure};
+    return {Verdict::Good, subject, places.folder, {}};
 }
 
 Finding checkVoice(const Places& places) {
