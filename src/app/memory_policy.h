@@ -14,9 +14,8 @@ inline constexpr std::size_t maxKeptBlocks = 12;
 
 // How a program that is linked with this library gets and gives back large blocks:
 //
-// 1. What comes from malloc (Qt's pictures, OpenCV's matrices) goes back to the system the moment
-// it
-//    is freed, once giveLargeBlocksBack() was called.
+// 1. What comes from malloc (Qt's pictures, OpenCV's matrices) goes back to the system once it
+//    is freed, provided that giveLargeBlocksBack() was called.
 //
 //    Left alone, the allocator takes every freed block of up to 32 MiB as a sign to keep such
 //    blocks in its heaps from then on. The face search and the tiles allocate pictures of many
