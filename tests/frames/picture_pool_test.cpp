@@ -16,6 +16,7 @@ private Q_SLOTS:
     void aPictureHasTheSizeAndFormatAskedFor();
     void memoryIsUsedAgainOnceNobodyHoldsIt();
     void memoryOfAnotherSizeIsNotUsed();
+    void memoryIsFoundBehindThatOfAnotherSize();
     void onlySomeIdleMemoryIsKept();
     void memoryThatIsNotUsedIsSoonForgotten();
     void picturesOutliveTheirPool();
@@ -24,6 +25,7 @@ private Q_SLOTS:
     void listsAreCopies();
     void aListThatSomebodyHoldsIsNotWrittenAgain();
     void listsAreUsedAgain();
+    void theNewestListsAreKept();
 };
 
 void PicturePoolTest::aPictureHasTheSizeAndFormatAskedFor_data() {
@@ -70,6 +72,17 @@ void PicturePoolTest::memoryOfAnotherSizeIsNotUsed() {
     QCOMPARE(pool.idle(), 1);
 }
 
+void PicturePoolTest::memoryIsFoundBehindThatOfAnotherSize() {
+    PicturePool pool;
+    QImage small = pool.take(QSize(10, 10), QImage::Format_RGB888);
+    QImage large = pool.take(QSize(100, 100), QImage::Format_RGB888);
+    const uchar* const bytes = small.constBits();
+    small = QImage();
+    large = QImage(); // is the newest now
+    QCOMPARE(pool.take(QSize(10, 10), QImage::Format_RGB888).constBits(), bytes);
+    QCOMPARE(pool.idle(), 2);
+}
+
 void PicturePoolTest::onlySomeIdleMemoryIsKept() {
     PicturePool pool;
     {
@@ -103,7 +116,8 @@ void PicturePoolTest::picturesOutliveTheirPool() {
 void PicturePoolTest::sizesAndFormatsWithoutPixelsAreRefused() {
     constexpr int most = std::numeric_limits<int>::max();
     PicturePool pool;
-    for (const QSize size : {QSize(0, 10), QSize(10, 0), QSize(-1, 10), QSize(most, most)})
+    for (const QSize size : {QSize(0, 10), QSize(10, 0), QSize(-1, 10), QSize(10, -1),
+                             QSize(most, 1), QSize(most, most)})
         QVERIFY(pool.take(size, QImage::Format_RGB888).isNull());
     for (const auto format : {QImage::Format_Invalid, QImage::Format_Mono, QImage::Format_Indexed8})
         QVERIFY(pool.take(QSize(8, 8), format).isNull());
@@ -165,6 +179,19 @@ void PicturePoolTest::listsAreUsedAgain() {
     copy.clear();
     QCOMPARE(pool.listOf(values.data(), 100).constData(), first);
     QCOMPARE(pool.listOf(values.data(), 50).size(), 50);
+}
+
+void PicturePoolTest::theNewestListsAreKept() {
+    PicturePool pool;
+    const std::array<float, 20> values{};
+    // Not detached: somebody else holds it, too, which is the pool.
+    const QList<float> list = pool.listOf(values.data(), 20);
+    for (std::size_t others = 1; others < PicturePool::maxLists; ++others) {
+        pool.listOf(values.data(), static_cast<qsizetype>(others));
+        QVERIFY(!list.isDetached());
+    }
+    pool.listOf(values.data(), 19);
+    QVERIFY(list.isDetached());
 }
 
 QTEST_APPLESS_MAIN(PicturePoolTest)
