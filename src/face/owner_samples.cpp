@@ -1,7 +1,8 @@
 #include "face/owner_samples.h"
 
+#include "face/picture_header.h"
+
 #include <QFile>
-#include <QImageReader>
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -13,9 +14,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Samples are face crops; what is larger than this is a mistake or an attack, and decoding it
-/// would hold up a stop for seconds.
+/// Samples are face crops. A larger picture is a mistake, and decoding it would hold up a stop for
+/// seconds.
 constexpr qint64 maxSamplePixels = qint64{1} << 26;
+/// The same for a file whose header does not tell its size.
+constexpr qint64 maxSampleBytes = qint64{1} << 24;
 
 bool hasSampleName(const fs::path& path) {
     static constexpr std::array<std::string_view, 4> extensions{".png", ".jpg", ".jpeg", ".pgm"};
@@ -24,19 +27,13 @@ bool hasSampleName(const fs::path& path) {
                extensions.end();
 }
 
-/// Whether the file's header, read without decoding it, promises an image small enough to decode.
 bool isSmallEnough(const fs::path& path) {
     QFile file(QFile::decodeName(path.c_str()));
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    // The reader does not know this kind everywhere, and the kind itself has a bound that is low
-    // enough (16383 x 16383).
-    const QByteArray start = file.peek(12);
-    if (start.startsWith("RIFF") && start.endsWith("WEBP"))
-        return true;
-    QImageReader reader(&file);
-    const QSize size = reader.size();
-    return !size.isEmpty() && qint64{size.width()} * size.height() <= maxSamplePixels;
+    const QSize size = promisedSize(file);
+    return size.isEmpty() ? file.size() <= maxSampleBytes
+                          : qint64{size.width()} * size.height() <= maxSamplePixels;
 }
 
 } // namespace
@@ -69,6 +66,8 @@ cv::Mat readOwnerSample(const std::string& path) {
         if (!isSmallEnough(path))
             return {};
         const cv::Mat grey = cv::imread(path, cv::IMREAD_GRAYSCALE);
+        if (grey.type() != CV_8UC1)
+            return {}; // Some decoders do not give the grey levels that they are asked for.
         const cv::Size side(sampleSidePx, sampleSidePx);
         if (grey.empty() || grey.size() == side)
             return grey;

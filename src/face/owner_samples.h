@@ -27,8 +27,11 @@ cv::Mat recognizerInput(const cv::Mat& crop);
 std::vector<std::string> ownerSamplePaths(const std::string& directory,
                                           const std::stop_token& stop = {});
 
-/// One of those files as it is trained: read as grey and squeezed to 160 x 160. Empty when it
-/// cannot be read or has more than 64 megapixels; never throws for what lies in a file.
+/// One of those files as it is trained: read as grey and squeezed to 160 x 160. The name says
+/// nothing about the kind of picture: whatever OpenCV decodes is read. Empty when it cannot be
+/// decoded, comes out in colour (Radiance, colour PFM), or is too large: more than 64 megapixels,
+/// or more than 16 MiB for a kind whose header does not tell (see promisedSize()). Never throws for
+/// what lies in a file.
 cv::Mat readOwnerSample(const std::string& path);
 
 /// Appends the owner's images found in `directory` and below to `samples`, in ascending order of

@@ -60,6 +60,12 @@ private Q_SLOTS:
     void linksToFilesAreFollowed();
     void damagedFilesAreSkipped_data();
     void damagedFilesAreSkipped();
+    void whateverTheLibraryDecodesIsRead_data();
+    void whateverTheLibraryDecodesIsRead();
+    void picturesThatComeOutInColourAreSkipped_data();
+    void picturesThatComeOutInColourAreSkipped();
+    void picturesAboveTheLargestSizeAreSkipped_data();
+    void picturesAboveTheLargestSizeAreSkipped();
     void mislabelledImagesAreReadByTheirContent();
     void foldersPipesAndDevicesAreNotRead();
     void aStopEndsTheScanBetweenFiles();
@@ -202,6 +208,9 @@ void OwnerSamplesTest::damagedFilesAreSkipped_data() {
     QTest::newRow("pgm without pixels") << u"a.pgm"_s << QByteArray("P5 64 64 255\n");
     QTest::newRow("jpeg signature") << u"a.jpeg"_s << QByteArray::fromHex("ffd8ffe000104a464946");
     QTest::newRow("webp signature") << u"a.png"_s << QByteArray("RIFF\x20\0\0\0WEBPVP8 ", 16);
+    QTest::newRow("tiff without its list") << u"a.jpg"_s << QByteArray::fromHex("49492a00ffffffff");
+    QTest::newRow("jpeg 2000 without its size")
+        << u"a.jpg"_s << QByteArray::fromHex("ff4fff510029");
     QTest::newRow("zeros") << u"a.png"_s << QByteArray(100000, '\0');
     QTest::newRow("noise") << u"a.jpg"_s << QByteArray(50000, '\xa7');
 }
@@ -214,6 +223,82 @@ void OwnerSamplesTest::damagedFilesAreSkipped() {
     std::vector<TrainingSample> samples;
     QVERIFY(loadTavinSamples("s", samples));
     QCOMPARE(levels(samples), QList<int>{77});
+}
+
+void OwnerSamplesTest::whateverTheLibraryDecodesIsRead_data() {
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<int>("type");
+    for (const char* kind :
+         {"png", "jpg", "pgm", "bmp", "webp", "tiff", "jp2", "pnm", "pam", "pfm"}) {
+        QTest::addRow("%s, gray", kind) << QString::fromLatin1(kind) << int{CV_8UC1};
+        if (qstrcmp(kind, "pgm") != 0 && qstrcmp(kind, "pfm") != 0)
+            QTest::addRow("%s, colour", kind) << QString::fromLatin1(kind) << int{CV_8UC3};
+    }
+    QTest::newRow("ppm, colour") << u"ppm"_s << int{CV_8UC3};
+    QTest::newRow("sr, colour") << u"sr"_s << int{CV_8UC3};
+    QTest::newRow("tiff, 16 bits") << u"tiff"_s << int{CV_16UC1};
+    QTest::newRow("png, 16 bits") << u"png"_s << int{CV_16UC1};
+}
+
+void OwnerSamplesTest::whateverTheLibraryDecodesIsRead() {
+    QFETCH(QString, kind);
+    QFETCH(int, type);
+    const double level = CV_MAT_DEPTH(type) == CV_16U ? 77 * 257.0 : 77.0;
+    const std::string written = "whole." + kind.toStdString();
+    QVERIFY(cv::imwrite(written, cv::Mat(200, 170, type, cv::Scalar::all(level))));
+    QVERIFY(QDir().mkpath(u"s"_s));
+    for (const char* name : {"s/1.png", "s/2.jpg", "s/3.jpeg", "s/4.pgm"})
+        QVERIFY(QFile::copy(QString::fromStdString(written), QString::fromLatin1(name)));
+    std::vector<TrainingSample> samples;
+    QVERIFY(loadTavinSamples("s", samples));
+    QCOMPARE(levels(samples), QList<int>(4, 77));
+    QCOMPARE(samples[0].image.size(), cv::Size(160, 160));
+    QCOMPARE(samples[0].image.type(), CV_8UC1);
+}
+
+void OwnerSamplesTest::picturesThatComeOutInColourAreSkipped_data() {
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("Radiance") << u"hdr"_s;
+    QTest::newRow("colour PFM") << u"pfm"_s;
+}
+
+/// The library gives three channels for these although it was asked for grey.
+void OwnerSamplesTest::picturesThatComeOutInColourAreSkipped() {
+    QFETCH(QString, kind);
+    const std::string written = "whole." + kind.toStdString();
+    QVERIFY(cv::imwrite(written, cv::Mat(160, 160, CV_32FC3, cv::Scalar::all(77.0))));
+    QCOMPARE(cv::imread(written, cv::IMREAD_GRAYSCALE).channels(), 3);
+    QVERIFY(QDir().mkpath(u"s"_s));
+    QVERIFY(QFile::copy(QString::fromStdString(written), u"s/1.png"_s));
+    std::vector<TrainingSample> samples;
+    QVERIFY(!loadTavinSamples("s", samples));
+}
+
+void OwnerSamplesTest::picturesAboveTheLargestSizeAreSkipped_data() {
+    QTest::addColumn<QByteArray>("header");
+    QTest::addColumn<qint64>("pixels");
+    QTest::addColumn<bool>("read");
+    const auto addRow = [](const char* name, const char* header, int width, int height, bool read) {
+        QTest::newRow(name) << QString::asprintf(header, width, height).toLatin1()
+                            << qint64{width} * height << read;
+    };
+    addRow("64 megapixels", "P5 %d %d 255\n", 8192, 8192, true);
+    addRow("a row more", "P5 %d %d 255\n", 8192, 8193, false);
+    // The header of this kind is not looked into, so that the file's size counts.
+    const char* const pam = "P7\nWIDTH %d\nHEIGHT %d\nDEPTH 1\nMAXVAL 255\n"
+                            "TUPLTYPE GRAYSCALE\nENDHDR\n";
+    addRow("less than 16 MiB", pam, 4096, 4095, true);
+    addRow("more than 16 MiB", pam, 4096, 4096, false);
+}
+
+void OwnerSamplesTest::picturesAboveTheLargestSizeAreSkipped() {
+    QFETCH(QByteArray, header);
+    QFETCH(qint64, pixels);
+    writeBytes(u"s/1.png"_s, header);
+    QVERIFY(QFile::resize(u"s/1.png"_s, header.size() + pixels)); // a hole, which reads as black
+    QCOMPARE(cv::imread("s/1.png", cv::IMREAD_GRAYSCALE).empty(), false);
+    std::vector<TrainingSample> samples;
+    QTEST(loadTavinSamples("s", samples), "read");
 }
 
 void OwnerSamplesTest::mislabelledImagesAreReadByTheirContent() {
