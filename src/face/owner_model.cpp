@@ -1,7 +1,7 @@
 #include "face/owner_model.h"
 
 #include <QFile>
-#include <QTemporaryFile>
+#include <QSaveFile>
 #include <algorithm>
 #include <cfloat>
 #include <filesystem>
@@ -32,8 +32,8 @@ bool append(QIODevice& file, const std::string& text) {
     return file.write(text.data(), size) == size;
 }
 
-/// The library's own writing of a large model takes seconds in one call and does not notice a full
-/// disk, so the same text is made and written piece by piece.
+/// The library writes a model in one call, which takes seconds for a few hundred samples and cannot
+/// be stopped, so the same text is made and written sample by sample.
 bool writeText(const cv::face::LBPHFaceRecognizer& model, QIODevice& file,
                const std::stop_token& stop) {
     const cv::String node = model.getDefaultName();
@@ -70,14 +70,10 @@ bool writeModelFile(const cv::face::LBPHFaceRecognizer& model, const fs::path& p
         if (error)
             return false;
     }
-    QTemporaryFile file(QFile::decodeName((path.string() + ".XXXXXX").c_str()));
-    if (!file.open() || !writeText(model, file, stop) || !file.flush())
-        return false;
-    fs::rename(QFile::encodeName(file.fileName()).toStdString(), path, error);
-    if (error)
-        return false;
-    file.setAutoRemove(false);
-    return true;
+    // Unbuffered, so that a full disk is noticed by the write that meets it.
+    QSaveFile file(QFile::decodeName(path.c_str()));
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+           writeText(model, file, stop) && file.commit();
 }
 
 } // namespace

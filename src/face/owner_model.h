@@ -16,7 +16,9 @@ cv::Ptr<cv::face::LBPHFaceRecognizer> trainOwnerModel(const std::vector<Training
 
 /// Writes the model to `path`, byte for byte as its own write() would, after creating the folder
 /// and its missing ancestors. The file appears whole or not at all: a new file is written beside it
-/// and then renamed over it, so that an earlier file, or a link in its place, is replaced. Returns
-/// false when that fails or `stop` ended it, leaving what was there before; never throws.
+/// and, once it is on the disk, renamed over it. A new file has the mode that the process's umask
+/// gives, an earlier one keeps its mode, and a link in its place is followed. Returns false when
+/// that fails or `stop`, which is asked between the samples, ended it, leaving what was there
+/// before; never throws.
 bool writeOwnerModel(const cv::face::LBPHFaceRecognizer& model, const std::string& path,
                      const std::stop_token& stop = {});

@@ -1,6 +1,7 @@
 #include "enroll/sample_folder.h"
 #include "enroll/sitting_files.h"
 #include "kept_samples.h"
+#include "support/file_size_limit.h"
 #include "support/temporary_place.h"
 
 #include <QDir>
@@ -8,8 +9,6 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QTest>
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -41,23 +40,6 @@ QStringList everythingIn(const QString& folder) {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
                                   QDir::NoDotAndDotDot);
 }
-
-/// No file of this process can grow past this while it lives: what a full disk looks like.
-class SmallFilesOnly {
-public:
-    explicit SmallFilesOnly(rlim_t bytes) {
-        getrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{bytes, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~SmallFilesOnly() { setrlimit(RLIMIT_FSIZE, &before); }
-    SmallFilesOnly(const SmallFilesOnly&) = delete;
-    SmallFilesOnly& operator=(const SmallFilesOnly&) = delete;
-
-private:
-    rlimit before{};
-};
 
 const KeptSample nearFront = keptSample(1, Distance::Near);
 
@@ -183,7 +165,7 @@ void SittingFilesTest::aFullDiskLeavesNothingHalfWritten() {
     QCOMPARE(writer.write(nearFront), QString());
     const QByteArray manifest = readFile(u"faces/tavin/mon/manifest.json"_s);
     {
-        const SmallFilesOnly full(1000);
+        const FileSizeLimit full(1000);
         const QString problem = writer.write(keptSample(2, Distance::Near));
         QVERIFY2(problem.startsWith(u"faces/tavin/mon/near-front-02.png cannot be written ("_s),
                  qPrintable(problem));

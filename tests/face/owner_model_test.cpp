@@ -1,4 +1,5 @@
 #include "face/owner_model.h"
+#include "support/file_size_limit.h"
 #include "support/temporary_place.h"
 #include "synthetic_face.h"
 
@@ -6,9 +7,9 @@
 #include <QFile>
 #include <QTest>
 #include <chrono>
-#include <csignal>
+#include <filesystem>
 #include <stop_token>
-#include <sys/resource.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -45,31 +46,15 @@ QByteArray readBytes(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
 }
 
+int modeOf(const char* path) {
+    return static_cast<int>(std::filesystem::status(path).permissions());
+}
+
 void writeBytes(const QString& path, const QByteArray& content) {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     QCOMPARE(file.write(content), content.size());
 }
-
-/// Lets no file of this process grow past `bytes`, as a full disk would.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) : handler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit limit{bytes, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit before{};
-    void (*handler)(int);
-};
 
 } // namespace
 
@@ -85,7 +70,10 @@ private Q_SLOTS:
     void theFileIsTheLibrarysOwn();
     void missingFoldersAreMade();
     void anEarlierFileIsReplacedWhole();
-    void aLinkIsReplacedAndItsTargetKept();
+    void aNewFileHasTheModeOfTheUmask_data();
+    void aNewFileHasTheModeOfTheUmask();
+    void anEarlierFileKeepsItsMode();
+    void aLinkIsFollowed();
     void aStopLeavesTheEarlierFile();
     void whatCannotBeWrittenLeavesNothingBehind_data();
     void whatCannotBeWrittenLeavesNothingBehind();
@@ -164,12 +152,41 @@ void OwnerModelTest::anEarlierFileIsReplacedWhole() {
     QVERIFY(readBytes(u"model.yml"_s) == readBytes(u"own.yml"_s));
 }
 
-void OwnerModelTest::aLinkIsReplacedAndItsTargetKept() {
-    writeBytes(u"precious.txt"_s, "mine");
-    QVERIFY(QFile::link(u"precious.txt"_s, u"model.yml"_s));
+void OwnerModelTest::aNewFileHasTheModeOfTheUmask_data() {
+    QTest::addColumn<int>("umask");
+    QTest::addColumn<int>("mode");
+    QTest::newRow("readable by others") << 0022 << 0644;
+    QTest::newRow("writable by the group") << 0002 << 0664;
+    QTest::newRow("private") << 0077 << 0600;
+}
+
+void OwnerModelTest::aNewFileHasTheModeOfTheUmask() {
+    QFETCH(int, umask);
+    QFETCH(int, mode);
+    const auto before = ::umask(static_cast<mode_t>(umask));
+    const bool written = writeOwnerModel(*trainOwnerModel(faces(1)), "models/model.yml");
+    ::umask(before);
+    QVERIFY(written);
+    QCOMPARE(modeOf("models/model.yml"), mode);
+    QCOMPARE(modeOf("models"), mode | (mode & 0444) >> 2);
+}
+
+void OwnerModelTest::anEarlierFileKeepsItsMode() {
+    writeBytes(u"model.yml"_s, "earlier");
+    QCOMPARE(::chmod("model.yml", 0640), 0);
     QVERIFY(writeOwnerModel(*trainOwnerModel(faces(1)), "model.yml"));
-    QCOMPARE(readBytes(u"precious.txt"_s), "mine");
-    QVERIFY(!QFileInfo(u"model.yml"_s).isSymLink());
+    QCOMPARE(modeOf("model.yml"), 0640);
+}
+
+void OwnerModelTest::aLinkIsFollowed() {
+    QVERIFY(QDir().mkdir(u"elsewhere"_s));
+    QVERIFY(QFile::link(u"elsewhere/model.yml"_s, u"model.yml"_s));
+    const auto model = trainOwnerModel(faces(1));
+    QVERIFY(writeOwnerModel(*model, "model.yml"));
+    QVERIFY(QFileInfo(u"model.yml"_s).isSymLink());
+    QVERIFY(!QFileInfo(u"elsewhere/model.yml"_s).isSymLink());
+    model->write("own.yml");
+    QVERIFY(readBytes(u"elsewhere/model.yml"_s) == readBytes(u"own.yml"_s));
 }
 
 void OwnerModelTest::aStopLeavesTheEarlierFile() {
