@@ -76,7 +76,6 @@ private Q_SLOTS:
     void aPipelineThatTheLibraryLacksIsNamed();
     void whatIsNoFileIsNotReadFrom();
     void rightsOfThisMachine();
-    void theFolderThatTheProgramIsStartedIn();
     void theReportNamesTheMachineAndNotItsOwner();
 };
 
@@ -447,23 +446,6 @@ void DoctorTest::rightsOfThisMachine() {
     const Places places = thisMachine(folder.path(), folder.path());
     QVERIFY(places.mayAccess(folder.path(), R_OK | W_OK | X_OK));
     QVERIFY(!places.mayAccess(folder.filePath(u"nothing"_s), R_OK));
-}
-
-void DoctorTest::theFolderThatTheProgramIsStartedIn() {
-    const QTemporaryDir applications;
-    const QString home = u"/home/somebody"_s;
-    qunsetenv("LUMENO_HOME");
-    qunsetenv("XDG_DATA_HOME");
-    QCOMPARE(programFolder(applications.path(), home),
-             u"/home/somebody/.local/share/lumeno-control-center"_s);
-    qputenv("XDG_DATA_HOME", "/data");
-    QCOMPARE(programFolder(applications.path(), home), u"/data/lumeno-control-center"_s);
-    QVERIFY(QFile(applications.filePath(u"CMakeCache.txt"_s)).open(QIODevice::WriteOnly));
-    QCOMPARE(programFolder(applications.path(), home), QDir::currentPath());
-    qputenv("LUMENO_HOME", "/elsewhere");
-    QCOMPARE(programFolder(applications.path(), home), u"/elsewhere"_s);
-    qunsetenv("LUMENO_HOME");
-    qunsetenv("XDG_DATA_HOME");
 }
 
 void DoctorTest::theReportNamesTheMachineAndNotItsOwner() {

@@ -93,6 +93,8 @@ private Q_SLOTS:
     void wrongUse_data();
     void wrongUse();
     void helpNeedsNoDisplay();
+    void theWindowNeedsADisplay();
+    void anInstalledToolKeepsSamplesInTheDataFolder();
     void sensorsThatGiveNothing_data();
     void sensorsThatGiveNothing();
     void peopleWhoGiveNoSample_data();
@@ -119,8 +121,10 @@ void CommandsTest::wrongUse_data() {
         << QStringList{u"learn"_s} << u"\"learn\" is no command; --help lists them."_s;
     QTest::newRow("no number") << QStringList{u"take"_s, u"--seconds"_s, u"soon"_s}
                                << u"--seconds takes a whole number from 1 to 3600"_s;
-    QTest::newRow("sitting's name") << QStringList{u"take"_s, u"--sitting"_s, u"../up"_s}
-                                    << u"A sitting's name is made of letters, digits, - and _."_s;
+    QTest::newRow("sitting's name")
+        << QStringList{u"take"_s, u"--sitting"_s, u"../up"_s}
+        << u"A sitting's name is made of letters, digits, - and _, at most "
+           "60 of them."_s;
     QTest::newRow("nothing to import") << QStringList{u"import"_s} << u"PICTURE is missing"_s;
     QTest::newRow("nothing to set aside") << QStringList{u"set-aside"_s} << u"FILE is missing"_s;
     QTest::newRow("pictures and seconds")
@@ -143,6 +147,44 @@ void CommandsTest::helpNeedsNoDisplay() {
     for (const char* command : {"take", "import", "check", "why", "strangers", "set-aside"})
         QVERIFY2(run.output.contains(QLatin1StringView(command)), command);
     QCOMPARE(runTool({u"take"_s, u"--help"_s}).status, 0);
+}
+
+void CommandsTest::theWindowNeedsADisplay() {
+    QProcessEnvironment environment = sensorEnvironment({});
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(QLatin1StringView(name));
+    const ToolRun run = runTool({}, environment);
+    QCOMPARE(run.status, 1);
+    QVERIFY2(run.errors.contains(u"The window needs a display, and there is none: "
+                                 "`lumeno-enroll take` works in a terminal."_s),
+             qPrintable(run.errors));
+}
+
+void CommandsTest::anInstalledToolKeepsSamplesInTheDataFolder() {
+    QVERIFY(QDir().mkpath(u"bin"_s) && QDir().mkpath(u"home"_s));
+    QVERIFY(QFile::copy(QStringLiteral(LUMENO_ENROLL), u"bin/lumeno-enroll"_s));
+    QVERIFY(cv::imwrite("owner.png", frameWithFace()));
+    QProcessEnvironment environment = sensorEnvironment({});
+    environment.remove(u"XDG_DATA_HOME"_s);
+    environment.insert(u"HOME"_s, QDir(u"home"_s).absolutePath());
+    const auto run = [&environment](const QStringList& arguments) {
+        return runTool(arguments, environment, 100000, u"bin/lumeno-enroll"_s);
+    };
+    // The picture is named from where the person stands.
+    const ToolRun imported = run({u"import"_s, u"--sitting"_s, u"mon"_s, u"owner.png"_s});
+    QVERIFY2(imported.status == 0, qPrintable(imported.errors));
+    const QString data = u"home/.local/share/lumeno-control-center"_s;
+    const QString sample = samplesIn(data).value(0);
+    QVERIFY2(sample.startsWith(data + u"/faces/tavin/mon/"_s), qPrintable(sample));
+    QVERIFY(!QDir(u"faces"_s).exists());
+    const QString name = sample.section(u'/', -2);
+    QVERIFY(run({u"check"_s}).output.startsWith(name + u": good"_s));
+    QCOMPARE(run({u"set-aside"_s, name}).status, 0);
+    QVERIFY(QFile::exists(data + u"/faces/set-aside/"_s + name));
+    // Another home of the program is honoured too.
+    environment.insert(u"LUMENO_HOME"_s, u"elsewhere"_s);
+    QCOMPARE(run({u"import"_s, u"owner.png"_s}).status, 0);
+    QCOMPARE(samplesIn(u"elsewhere/faces/tavin"_s).size(), 1);
 }
 
 void CommandsTest::sensorsThatGiveNothing_data() {
@@ -247,9 +289,9 @@ void CommandsTest::importRefusesWhatIsNoUse() {
     const ToolRun run =
         runTool({u"import"_s, u"missing.png"_s, u"two.png"_s, u"."_s, u"owner.png"_s});
     QCOMPARE(run.status, 1);
-    QVERIFY(run.errors.contains(u"missing.png does not exist."_s));
+    QVERIFY(run.errors.contains(u"missing.png does not exist: check its name."_s));
     QVERIFY(run.errors.contains(u"two.png shows 2 faces"_s));
-    QVERIFY(run.errors.contains(u". is no file."_s));
+    QVERIFY(run.errors.contains(u". is no file: name the pictures themselves."_s));
     QCOMPARE(samplesIn(u"faces/tavin"_s).size(), 1); // the good one is kept all the same
 }
 

@@ -103,8 +103,8 @@ void PicturesTest::picturesThatGiveNone_data() {
     const auto row = [](const char* file, const QString& sentence) {
         QTest::newRow(file) << QString::fromLatin1(file) << QLatin1StringView(file) + sentence;
     };
-    row("missing.png", u" does not exist."_s);
-    row("folder", u" is no file."_s);
+    row("missing.png", u" does not exist: check its name."_s);
+    row("folder", u" is no file: name the pictures themselves."_s);
     row("text.jpg", u" is not a picture that can be read ("_s);
     row("empty.png", u" is not a picture that can be read ("_s);
     row("huge.pgm", u" is too large (30000 x 30000): shrink it to 64 megapixels at most."_s);

@@ -69,6 +69,7 @@ private Q_SLOTS:
     void sittingNames();
     void aNewSittingHasANewName();
     void setAsideMovesOutOfTheScan();
+    void setAsideTakesTheNamesOfTheReport();
     void setAsideNeverReplaces();
     void setAsideRefusesWhatIsNoSample_data();
     void setAsideRefusesWhatIsNoSample();
@@ -169,7 +170,9 @@ void SittingFilesTest::aFullDiskLeavesNothingHalfWritten() {
         const QString problem = writer.write(keptSample(2, Distance::Near));
         QVERIFY2(problem.startsWith(u"faces/tavin/mon/near-front-02.png cannot be written ("_s),
                  qPrintable(problem));
-        QVERIFY(problem.endsWith(u"): nothing of it was left behind."_s));
+        QVERIFY(
+            problem.endsWith(u") and nothing of it was left behind: make room for it, or choose "
+                             "another place."_s));
     }
     QCOMPARE(everythingIn(u"faces/tavin/mon"_s).size(), 2);
     QCOMPARE(readFile(u"faces/tavin/mon/manifest.json"_s), manifest);
@@ -303,6 +306,19 @@ void SittingFilesTest::setAsideMovesOutOfTheScan() {
     QCOMPARE(modeOf(u"faces/set-aside/mon"_s), 0700);
 }
 
+void SittingFilesTest::setAsideTakesTheNamesOfTheReport() {
+    writeFile(u"faces/tavin/mon/a.png"_s, "sample");
+    QString movedTo;
+    QCOMPARE(setAside(u"faces/tavin"_s, u"mon/a.png"_s, movedTo), QString());
+    QVERIFY(movedTo.endsWith(u"/faces/set-aside/mon/a.png"_s));
+    // A file of that name in the working folder is what is meant, and no sample.
+    writeFile(u"faces/tavin/mon/a.png"_s, "sample");
+    writeFile(u"mon/a.png"_s, "mine");
+    QVERIFY(setAside(u"faces/tavin"_s, u"mon/a.png"_s, movedTo).contains(u"does not lie in"_s));
+    QCOMPARE(readFile(u"mon/a.png"_s), QByteArray("mine"));
+    QCOMPARE(readFile(u"faces/tavin/mon/a.png"_s), QByteArray("sample"));
+}
+
 void SittingFilesTest::setAsideNeverReplaces() {
     writeFile(u"faces/set-aside/a.png"_s, "first");
     writeFile(u"faces/tavin/a.png"_s, "second");
@@ -316,8 +332,12 @@ void SittingFilesTest::setAsideNeverReplaces() {
 void SittingFilesTest::setAsideRefusesWhatIsNoSample_data() {
     QTest::addColumn<QString>("file");
     QTest::addColumn<QString>("sentence");
-    QTest::newRow("missing") << u"faces/tavin/none.png"_s << u"faces/tavin/none.png is no file."_s;
-    QTest::newRow("a folder") << u"faces/tavin/mon"_s << u"faces/tavin/mon is no file."_s;
+    QTest::newRow("missing")
+        << u"faces/tavin/none.png"_s
+        << u"faces/tavin/none.png is no file: `lumeno-enroll check` names the samples."_s;
+    QTest::newRow("a folder")
+        << u"faces/tavin/mon"_s
+        << u"faces/tavin/mon is no file: `lumeno-enroll check` names the samples."_s;
     QTest::newRow("elsewhere") << u"picture.png"_s
                                << u"picture.png does not lie in faces/tavin: only samples are set "
                                   "aside."_s;

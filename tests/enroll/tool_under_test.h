@@ -18,20 +18,27 @@ struct ToolRun {
 /// The environment of a run: what is attached, and its faults.
 inline QProcessEnvironment sensorEnvironment(const QString& attached, const QString& faults = {}) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("LUMENO_HOME"));
     environment.insert(QStringLiteral("LUMENO_VIRTUAL_KINECT"), attached);
     environment.insert(QStringLiteral("LUMENO_VIRTUAL_KINECT_FAULTS"), faults);
     return environment;
 }
 
-inline ToolRun runTool(const QStringList& arguments, const QString& attached = {},
-                       const QString& faults = {}, int timeoutMs = 100000) {
+inline ToolRun runTool(const QStringList& arguments, const QProcessEnvironment& environment,
+                       int timeoutMs = 100000,
+                       const QString& program = QStringLiteral(LUMENO_ENROLL)) {
     QProcess process;
-    process.setProcessEnvironment(sensorEnvironment(attached, faults));
-    process.start(QStringLiteral(LUMENO_ENROLL), arguments);
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
     ToolRun run;
     if (process.waitForFinished(timeoutMs) && process.exitStatus() == QProcess::NormalExit)
         run.status = process.exitCode();
     run.output = QString::fromUtf8(process.readAllStandardOutput());
     run.errors = QString::fromUtf8(process.readAllStandardError());
     return run;
+}
+
+inline ToolRun runTool(const QStringList& arguments, const QString& attached = {},
+                       const QString& faults = {}, int timeoutMs = 100000) {
+    return runTool(arguments, sensorEnvironment(attached, faults), timeoutMs);
 }

@@ -2,6 +2,7 @@
 
 #include "common/command_line.h"
 #include "common/console.h"
+#include "common/program_folder.h"
 #include "doctor/examination.h"
 #include "doctor/program_checks.h"
 #include "doctor/sensor_checks.h"
@@ -64,7 +65,7 @@ int main(int argc, char* argv[]) {
         return *status;
 
     const QString home = line.text(u"home"_s).value_or(QDir::homePath());
-    const QString usualFolder = doctor::programFolder(QCoreApplication::applicationDirPath(), home);
+    const QString usualFolder = tool::programFolder(QCoreApplication::applicationDirPath(), home);
     doctor::Places places = doctor::thisMachine(home, line.text(u"folder"_s).value_or(usualFolder));
     places.root = line.text(u"root"_s).value_or(QString());
 

@@ -1,6 +1,5 @@
 #include "doctor/places.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -20,15 +19,6 @@ Places thisMachine(const QString& home, const QString& folder) {
         return faccessat(AT_FDCWD, QFile::encodeName(path).constData(), mode, AT_EACCESS) == 0;
     };
     return {{}, home, folder, mayAccess};
-}
-
-QString programFolder(const QString& applicationFolder, const QString& home) {
-    if (const QString asked = qEnvironmentVariable("LUMENO_HOME"); !asked.isEmpty())
-        return asked;
-    if (QFileInfo::exists(applicationFolder + u"/CMakeCache.txt"_s))
-        return QDir::currentPath();
-    const QString data = qEnvironmentVariable("XDG_DATA_HOME");
-    return (data.isEmpty() ? home + u"/.local/share"_s : data) + u"/lumeno-control-center"_s;
 }
 
 QByteArray contentOf(const QString& path) {

@@ -23,11 +23,6 @@ struct Places {
 /// The machine itself.
 Places thisMachine(const QString& home, const QString& folder);
 
-/// The folder that the program is started in: LUMENO_HOME if that is set. Else, where the tool lies
-/// in a build tree, the current folder, as scripts/run.sh does; where it is installed, the data
-/// folder that the launcher goes to.
-QString programFolder(const QString& applicationFolder, const QString& home);
-
 /// The beginning of a text file, up to 1 MiB; empty when it cannot be read.
 QByteArray contentOf(const QString& path);
 /// A file with one short value, as in sysfs, without the line end.

@@ -4,6 +4,7 @@
 #include "enroll/folder_facts.h"
 #include "enroll/report.h"
 #include "enroll/sitting_files.h"
+#include "enroll/sitting_place.h"
 
 #include <QFileInfo>
 #include <algorithm>
@@ -96,7 +97,7 @@ int checkCommand(const QStringList& arguments, tool::Console& console) {
         return *status;
     if (line.furtherArguments().size() > 1)
         return line.refuse(u"One folder can be checked at a time."_s);
-    const QString folder = line.furtherArguments().value(0, defaultSamplesFolder());
+    const QString folder = line.furtherArguments().value(0, samplesFolder());
     if (!QFileInfo(folder).isDir()) {
         console.complain(u"%1 is no folder: make samples with `lumeno-enroll take`."_s.arg(folder));
         return tool::Failed;

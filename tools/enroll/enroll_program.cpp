@@ -4,12 +4,13 @@
 #include "common/console.h"
 #include "enroll/commands.h"
 #include "enroll/enroll_window.h"
+#include "enroll/folder_facts.h"
 #include "enroll/sample_folder.h"
 #include "enroll/sensor_feed.h"
 #include "enroll/sitting_files.h"
+#include "enroll/sitting_place.h"
 
 #include <QApplication>
-#include <QDateTime>
 #include <memory>
 
 namespace enroll {
@@ -19,8 +20,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// Writes what was not written by an earlier try.
-WindowSession::Writer writerInto(const QString& folder, const QString& sitting) {
-    auto writer = std::make_shared<SittingWriter>(folder, sitting);
+WindowSession::Writer writerInto(const SittingPlace& place) {
+    auto writer = std::make_shared<SittingWriter>(place.folder, place.sitting);
     return [writer](const std::vector<KeptSample>& samples) {
         for (std::size_t i = std::size_t(writer->files().size()); i < samples.size(); ++i)
             if (const QString problem = writer->write(samples[i]); !problem.isEmpty())
@@ -30,15 +31,14 @@ WindowSession::Writer writerInto(const QString& folder, const QString& sitting) 
 }
 
 /// What the folder would hold together with the samples that are not written yet.
-WindowSession::Surveyor surveyorOf(const QString& folder, const QString& sitting,
-                                   double threshold) {
+WindowSession::Surveyor surveyorOf(const SittingPlace& place, double threshold) {
     return [=](const std::vector<KeptSample>& samples, SittingResult& result) {
-        SampleCollection all = readableSamples(readSamples(folder));
+        SampleCollection all = readableSamples(readSamples(place.folder));
         result.folder = coverageOf(all);
         for (const KeptSample& sample : samples) {
             addSample(result.folder, sample.distance);
             all.pictures.push_back(sample.face.input);
-            all.sittings.append(sample.light > 1 ? secondLightOf(sitting) : sitting);
+            all.sittings.append(sample.light > 1 ? secondLightOf(place.sitting) : place.sitting);
         }
         result.folder.sittings = countSittings(all.sittings);
         result.rehearsal = rehearse(distanceTable(all.pictures), all.sittings, threshold);
@@ -48,10 +48,10 @@ WindowSession::Surveyor surveyorOf(const QString& folder, const QString& sitting
 /// The window and the sensor that feeds it.
 class Program {
 public:
-    Program(const QString& folder, const QString& sitting, Detectors tools)
+    Program(const SittingPlace& place, Detectors tools)
         : detectors(std::move(tools)),
-          window(WindowSession(detectors.options, writerInto(folder, sitting),
-                               surveyorOf(folder, sitting, detectors.options.candidateThreshold))) {
+          window(WindowSession(detectors.options, writerInto(place),
+                               surveyorOf(place, detectors.options.candidateThreshold))) {
         QObject::connect(&window, &EnrollWindow::sensorWanted, &window, [this] { openSensor(); });
     }
 
@@ -82,25 +82,16 @@ private:
 
 int runWindow(const QStringList& arguments, tool::Console& console) {
     tool::CommandLine line(console, commandsHelp());
-    line.addText(u"sitting"_s, u"NAME"_s, u"The sitting's name; without it the date and time."_s);
-    line.addText(u"into"_s, u"DIR"_s, u"Where the samples go, instead of faces/tavin."_s);
+    addSittingOptions(line);
     if (const std::optional<int> status = line.read(arguments))
         return *status;
-    const QString folder = line.text(u"into"_s).value_or(defaultSamplesFolder());
-    const QString sitting =
-        line.text(u"sitting"_s).value_or(newSittingName(folder, QDateTime::currentDateTime()));
-    if (!isSittingName(sitting))
-        return line.refuse(u"A sitting's name is made of letters, digits, - and _."_s);
-    if (const QString obstacle = obstacleFor(folder, sitting); !obstacle.isEmpty()) {
-        console.complain(obstacle);
+    const std::variant<SittingPlace, int> place = sittingPlace(line, console);
+    if (const int* status = std::get_if<int>(&place))
+        return *status;
+    std::optional<Detectors> detectors = detectorsOrComplaint(console);
+    if (!detectors)
         return tool::Failed;
-    }
-    std::optional<Detectors> detectors = loadDetectors(Options());
-    if (!detectors) {
-        console.complain(cascadeSentence());
-        return tool::Failed;
-    }
-    return Program(folder, sitting, std::move(*detectors)).run();
+    return Program(std::get<SittingPlace>(place), std::move(*detectors)).run();
 }
 
 } // namespace enroll

@@ -5,6 +5,7 @@
 #include "enroll/picture_import.h"
 #include "enroll/report.h"
 #include "enroll/sitting_files.h"
+#include "enroll/sitting_place.h"
 
 #include <QDateTime>
 
@@ -17,9 +18,10 @@ namespace {
 /// Imports one picture after the other, and says of each what became of it.
 class ImportRun {
 public:
-    ImportRun(const QString& folder, const QString& sitting, Detectors tools, tool::Console& output)
-        : samplesFolder(folder), detectors(std::move(tools)), console(output),
-          writer(folder, sitting), known(readWithProgress(folder, output)), index(indexOf(known)) {}
+    ImportRun(const SittingPlace& place, Detectors tools, tool::Console& output)
+        : folder(place.folder), detectors(std::move(tools)), console(output),
+          writer(place.folder, place.sitting), known(readWithProgress(folder, output)),
+          index(indexOf(known)) {}
 
     int run(const QStringList& pictures) {
         int refused = 0;
@@ -30,8 +32,7 @@ public:
                 ++refused;
             }
         }
-        const QStringList missing =
-            missingThings(coverageOf(readWithProgress(samplesFolder, console)));
+        const QStringList missing = missingThings(coverageOf(readWithProgress(folder, console)));
         if (!missing.isEmpty())
             console.say(u"Still missing: %1."_s.arg(missing.join(u", "_s)));
         if (!writer.files().isEmpty())
@@ -61,7 +62,7 @@ private:
         return {};
     }
 
-    const QString samplesFolder;
+    const QString folder;
     Detectors detectors;
     tool::Console& console;
     SittingWriter writer;
@@ -73,25 +74,18 @@ private:
 
 int importCommand(const QStringList& arguments, tool::Console& console) {
     tool::CommandLine line(console, u"import: cuts samples out of photographs of the owner."_s);
-    line.addText(u"sitting"_s, u"NAME"_s, u"The sitting's name; without it the date and time."_s);
-    line.addText(u"into"_s, u"DIR"_s, u"Where the samples go, instead of faces/tavin."_s);
+    addSittingOptions(line);
     line.addArgument(u"PICTURE"_s, u"A photograph with exactly one face."_s);
     line.addFurtherArguments(u"PICTURE"_s, u"More of them."_s);
     if (const std::optional<int> status = line.read(arguments))
         return *status;
-    const QString folder = line.text(u"into"_s).value_or(defaultSamplesFolder());
-    const QString sitting =
-        line.text(u"sitting"_s).value_or(newSittingName(folder, QDateTime::currentDateTime()));
-    if (!isSittingName(sitting))
-        return line.refuse(u"A sitting's name is made of letters, digits, - and _."_s);
-    if (const QString obstacle = obstacleFor(folder, sitting); !obstacle.isEmpty()) {
-        console.complain(obstacle);
-        return tool::Failed;
-    }
+    const std::variant<SittingPlace, int> place = sittingPlace(line, console);
+    if (const int* status = std::get_if<int>(&place))
+        return *status;
     std::optional<Detectors> detectors = detectorsOrComplaint(console);
     if (!detectors)
         return tool::Failed;
-    return ImportRun(folder, sitting, std::move(*detectors), console)
+    return ImportRun(std::get<SittingPlace>(place), std::move(*detectors), console)
         .run(QStringList{line.argument(u"PICTURE"_s)} + line.furtherArguments());
 }
 

@@ -1,5 +1,6 @@
 #include "app/record_types.h"
 #include "app/worker_thread.h"
+#include "common/command_line.h"
 #include "common/console.h"
 #include "enroll/commands.h"
 #include "enroll/enroll_program.h"
@@ -22,6 +23,12 @@ bool wantsWindow(int argc, char** argv) {
     return argc < 2 || argv[1][0] == '-';
 }
 
+/// Without a display Qt would end the process as if it had crashed.
+bool hasDisplay() {
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
 /// What the sensor's library tells of its own steps goes to the standard output, where it would
 /// hide what the tool says.
 void quietenSensorLibrary() {
@@ -34,6 +41,11 @@ void quietenSensorLibrary() {
 int run(int& argc, char** argv) {
     tool::Console console(QStringLiteral("lumeno-enroll"));
     if (wantsWindow(argc, argv)) {
+        if (!hasDisplay()) {
+            console.complain(QStringLiteral("The window needs a display, and there is none: "
+                                            "`lumeno-enroll take` works in a terminal."));
+            return tool::Failed;
+        }
         const QApplication application(argc, argv);
         registerRecordTypes();
         return enroll::runWindow(QCoreApplication::arguments(), console);

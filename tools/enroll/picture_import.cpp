@@ -32,9 +32,9 @@ QString severalFaces(const QString& path, std::size_t count) {
 std::variant<cv::Mat, QString> readPhotograph(const QString& path) {
     const QFileInfo info(path);
     if (!info.exists())
-        return u"%1 does not exist."_s.arg(path);
+        return u"%1 does not exist: check its name."_s.arg(path);
     if (!info.isFile())
-        return u"%1 is no file."_s.arg(path);
+        return u"%1 is no file: name the pictures themselves."_s.arg(path);
     QImageReader reader(path);
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
@@ -44,7 +44,8 @@ std::variant<cv::Mat, QString> readPhotograph(const QString& path) {
             path, QString::number(size.width()), QString::number(size.height()));
     QImage image = reader.read();
     if (image.isNull())
-        return u"%1 is not a picture that can be read (%2)."_s.arg(path, reader.errorString());
+        return u"%1 is not a picture that can be read (%2): save it anew as PNG or JPEG."_s.arg(
+            path, reader.errorString());
     if (image.width() > largestFrame.width() || image.height() > largestFrame.height())
         image = image.scaled(largestFrame, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     return greyFrame(image);

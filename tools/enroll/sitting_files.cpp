@@ -54,7 +54,8 @@ QString makeFolder(const QString& path) {
         return problem;
     if (mkdir(QFile::encodeName(path).constData(), 0700) == 0 || errno == EEXIST)
         return folderObstacle(path);
-    return u"The folder %1 cannot be made (%2)."_s.arg(path, reasonOf(errno));
+    return u"The folder %1 cannot be made (%2): make it by hand, or choose another."_s.arg(
+        path, reasonOf(errno));
 }
 
 QString linkedSitting(const QString& folder) {
@@ -90,11 +91,8 @@ QString writeWhole(const QString& path, const QByteArray& content) {
     const QString reason = file.error() == QFile::NoError || file.error() == QFile::WriteError
                                ? u"the disk may be full"_s
                                : file.errorString();
-    return u"%1 cannot be written (%2): nothing of it was left behind."_s.arg(path, reason);
-}
-
-QString defaultSamplesFolder() {
-    return QFile::decodeName(Options().samplesDir.c_str());
+    return u"%1 cannot be written (%2) and nothing of it was left behind: make room for it, or choose another place."_s
+        .arg(path, reason);
 }
 
 bool isSittingName(const QString& name) {
@@ -170,15 +168,16 @@ QString SittingWriter::prepare(Target& target) {
     return {};
 }
 
-QString setAside(const QString& samplesFolder, const QString& file, QString& movedTo) {
+QString setAside(const QString& samplesFolder, const QString& wanted, QString& movedTo) {
     const QString samples = QFileInfo(samplesFolder).canonicalFilePath();
+    const QString file = isTaken(wanted) ? wanted : QDir(samplesFolder).filePath(wanted);
     const QFileInfo info(file);
     if (!isTaken(file) || info.isDir())
-        return u"%1 is no file."_s.arg(file);
+        return u"%1 is no file: `lumeno-enroll check` names the samples."_s.arg(wanted);
     // A link is moved itself, so that only its folder is resolved.
     const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
     if (samples.isEmpty() || (folder != samples && !folder.startsWith(samples + u'/')))
-        return u"%1 does not lie in %2: only samples are set aside."_s.arg(file, samplesFolder);
+        return u"%1 does not lie in %2: only samples are set aside."_s.arg(wanted, samplesFolder);
     const QString from = QDir(folder).filePath(info.fileName());
     const QString target =
         QDir(QFileInfo(samples).path()).filePath(u"set-aside"_s) + folder.mid(samples.size());
@@ -190,7 +189,8 @@ QString setAside(const QString& samplesFolder, const QString& file, QString& mov
     movedTo = QDir(target).filePath(name);
     // Never replaces a file, and moves between file systems too.
     if (QFile moving(from); !moving.rename(movedTo))
-        return u"%1 cannot be moved to %2 (%3)."_s.arg(file, movedTo, moving.errorString());
+        return u"%1 cannot be moved to %2 (%3): make room there, or make the folder yours."_s.arg(
+            wanted, movedTo, moving.errorString());
     return {};
 }
 

@@ -10,9 +10,6 @@ namespace enroll {
 /// all. Returns one sentence when it is not, empty otherwise.
 QString writeWhole(const QString& path, const QByteArray& content);
 
-/// Where the samples lie, relative to the working folder, as the Control Center's options have it.
-QString defaultSamplesFolder();
-
 /// Whether a sitting may be called so: letters, digits, '-' and '_', at most 60 of them.
 bool isSittingName(const QString& name);
 
@@ -57,8 +54,9 @@ private:
 };
 
 /// Moves a sample out of the scan: from faces/tavin/monday/a.png to faces/set-aside/monday/a.png,
-/// under another name where that one is taken. `movedTo` gets the new path. Returns one sentence
-/// when it stays where it is, empty otherwise.
-QString setAside(const QString& samplesFolder, const QString& file, QString& movedTo);
+/// under another name where that one is taken. `wanted` is its path or, where no such file exists,
+/// its path in the samples' folder. `movedTo` gets the new path. Returns one sentence when it stays
+/// where it is, empty otherwise.
+QString setAside(const QString& samplesFolder, const QString& wanted, QString& movedTo);
 
 } // namespace enroll

@@ -4,7 +4,7 @@
 #include "enroll/folder_facts.h"
 #include "enroll/live_looks.h"
 #include "enroll/picture_import.h"
-#include "enroll/sitting_files.h"
+#include "enroll/sitting_place.h"
 #include "enroll/stranger_report.h"
 
 namespace enroll {
@@ -69,7 +69,7 @@ int strangersCommand(const QStringList& arguments, tool::Console& console) {
     std::optional<Detectors> detectors = detectorsOrComplaint(console);
     if (!detectors)
         return tool::Failed;
-    const SampleCollection samples = readWithProgress(defaultSamplesFolder(), console);
+    const SampleCollection samples = readWithProgress(samplesFolder(), console);
     if (samples.files.empty()) {
         console.complain(u"There are no samples that a stranger could be taken for: make some with "
                          "`lumeno-enroll take`."_s);

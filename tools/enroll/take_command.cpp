@@ -7,6 +7,7 @@
 #include "enroll/report.h"
 #include "enroll/sensor_feed.h"
 #include "enroll/sitting_files.h"
+#include "enroll/sitting_place.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -23,8 +24,7 @@ constexpr int tickMs = 250;
 constexpr qint64 mostSeconds = 3600;
 
 struct TakeOptions {
-    QString folder;
-    QString sitting;
+    SittingPlace place;
     SittingMode mode = SittingMode::Guided;
     std::optional<qint64> seconds; ///< From the first picture on.
 };
@@ -35,7 +35,7 @@ class TakeRun {
 public:
     TakeRun(const TakeOptions& take, Detectors tools, tool::Console& output)
         : wanted(take), options(tools.options), console(output), feed(std::move(tools), false),
-          writer(take.folder, take.sitting) {
+          writer(take.place.folder, take.place.sitting) {
         QObject::connect(&feed, &SensorFeed::looked, &feed,
                          [this](const FrameLook& look) { onLook(look); });
         QObject::connect(&feed, &SensorFeed::failed, &feed,
@@ -121,7 +121,7 @@ private:
     }
 
     int report() {
-        const SampleCollection samples = readWithProgress(wanted.folder, console);
+        const SampleCollection samples = readWithProgress(wanted.place.folder, console);
         SittingResult result;
         result.kept = int(writer.files().size());
         result.framesLookedAt = sitting->framesLookedAt();
@@ -160,24 +160,18 @@ private:
 
 int takeCommand(const QStringList& arguments, tool::Console& console) {
     tool::CommandLine line(console, u"take: takes samples of the owner with the sensor."_s);
-    line.addText(u"sitting"_s, u"NAME"_s, u"The sitting's name; without it the date and time."_s);
+    addSittingOptions(line);
     line.addSwitch(u"auto"_s, u"Asks for nothing: keeps what comes while the owner walks about."_s);
     line.addNumber(u"seconds"_s, u"N"_s, u"Ends after so many seconds."_s, 1, mostSeconds);
-    line.addText(u"into"_s, u"DIR"_s, u"Where the samples go, instead of faces/tavin."_s);
     if (const std::optional<int> status = line.read(arguments))
         return *status;
+    const std::variant<SittingPlace, int> place = sittingPlace(line, console);
+    if (const int* status = std::get_if<int>(&place))
+        return *status;
     TakeOptions take;
-    take.folder = line.text(u"into"_s).value_or(defaultSamplesFolder());
-    take.sitting =
-        line.text(u"sitting"_s).value_or(newSittingName(take.folder, QDateTime::currentDateTime()));
+    take.place = std::get<SittingPlace>(place);
     take.mode = line.isSet(u"auto"_s) ? SittingMode::Auto : SittingMode::Guided;
     take.seconds = line.number(u"seconds"_s);
-    if (!isSittingName(take.sitting))
-        return line.refuse(u"A sitting's name is made of letters, digits, - and _."_s);
-    if (const QString obstacle = obstacleFor(take.folder, take.sitting); !obstacle.isEmpty()) {
-        console.complain(obstacle);
-        return tool::Failed;
-    }
     std::optional<Detectors> detectors = detectorsOrComplaint(console);
     return detectors ? TakeRun(take, std::move(*detectors), console).run() : int(tool::Failed);
 }

@@ -5,7 +5,7 @@
 #include "enroll/folder_facts.h"
 #include "enroll/live_looks.h"
 #include "enroll/picture_import.h"
-#include "enroll/sitting_files.h"
+#include "enroll/sitting_place.h"
 
 #include <algorithm>
 
@@ -64,7 +64,7 @@ int whyCommand(const QStringList& arguments, tool::Console& console) {
     std::optional<Detectors> detectors = detectorsOrComplaint(console);
     if (!detectors)
         return tool::Failed;
-    const SampleCollection samples = readWithProgress(defaultSamplesFolder(), console);
+    const SampleCollection samples = readWithProgress(samplesFolder(), console);
     WhyFacts facts;
     facts.samples = int(samples.files.size());
     if (!line.furtherArguments().isEmpty()) {
