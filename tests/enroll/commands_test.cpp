@@ -209,7 +209,7 @@ void CommandsTest::sensorsThatGiveNothing() {
     QFETCH(QString, sentence);
     record(u"owner"_s, frameWithFace());
     const ToolRun run =
-        runTool({u"take"_s, u"--auto"_s, u"--seconds"_s, u"30"_s}, attached, faults);
+        runTool({u"take"_s, u"--auto"_s, u"--patience"_s, u"1"_s}, attached, faults);
     QCOMPARE(run.status, 3);
     QVERIFY2(run.errors.contains(sentence), qPrintable(run.errors));
     QVERIFY(!QDir(u"faces"_s).exists());
@@ -234,7 +234,7 @@ void CommandsTest::peopleWhoGiveNoSample() {
     QFETCH(cv::Mat, picture);
     QFETCH(QString, sentence);
     record(u"scene"_s, picture);
-    const ToolRun run = runTool({u"take"_s, u"--auto"_s, u"--seconds"_s, u"4"_s}, u"scene"_s);
+    const ToolRun run = runTool({u"take"_s, u"--auto"_s, u"--seconds"_s, u"1"_s}, u"scene"_s);
     QCOMPARE(run.status, 1);
     QVERIFY2(run.errors.contains(sentence), qPrintable(run.errors + run.output));
     QVERIFY(!QDir(u"faces"_s).exists());
@@ -243,7 +243,7 @@ void CommandsTest::peopleWhoGiveNoSample() {
 void CommandsTest::anUnmovingFaceIsOneSample() {
     record(u"owner"_s, nearOwner());
     const ToolRun run = runTool(
-        {u"take"_s, u"--auto"_s, u"--seconds"_s, u"4"_s, u"--sitting"_s, u"mon"_s}, u"owner"_s);
+        {u"take"_s, u"--auto"_s, u"--seconds"_s, u"2"_s, u"--sitting"_s, u"mon"_s}, u"owner"_s);
     QCOMPARE(run.status, 1);
     QVERIFY2(run.says(u"This is thin. Missing: 19 more samples"_s),
              qPrintable(run.output + run.errors));

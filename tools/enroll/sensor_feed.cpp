@@ -12,7 +12,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int checkEveryMs = 1000;
-constexpr qint64 silentAfterMs = 10000; // a busy machine may take seconds for the first picture
 
 } // namespace
 
@@ -29,9 +28,10 @@ QString silenceSentence() {
     return u"The sensor gives no pictures: check its cable and its power supply, then try again."_s;
 }
 
-SensorFeed::SensorFeed(Detectors detectors, bool searchBodies, QObject* parent)
+SensorFeed::SensorFeed(Detectors detectors, bool searchBodies, std::chrono::seconds longest,
+                       QObject* parent)
     : QObject(parent), looks(new LookWorker(std::move(detectors), searchBodies)),
-      sensor(new KinectStreamWorker) {
+      sensor(new KinectStreamWorker), patience(longest) {
     connect(looks, &LookWorker::looked, this, &SensorFeed::looked);
     connect(sensor, &KinectStreamWorker::framesReady, this, &SensorFeed::onFrames);
     connect(sensor, &KinectStreamWorker::depthRawReady, this, &SensorFeed::onDepth);
@@ -78,7 +78,7 @@ void SensorFeed::onError(const QString& message) {
 }
 
 void SensorFeed::checkSilence() {
-    if (sincePicture.elapsed() >= silentAfterMs)
+    if (std::chrono::milliseconds(sincePicture.elapsed()) >= patience)
         Q_EMIT silent();
 }
 

@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QObject>
 #include <QTimer>
+#include <chrono>
 
 class KinectStreamWorker;
 
@@ -16,13 +17,19 @@ QString sensorSentence(const QString& message);
 /// The sentence for a sensor that gives no pictures.
 QString silenceSentence();
 
+/// A busy machine may take seconds for the first picture.
+inline constexpr std::chrono::seconds usualPatience{10};
+
 /// Opens the sensor and has every picture looked at that there is time for. Lives on the thread of
 /// its receivers.
 class SensorFeed : public QObject {
     Q_OBJECT
 
 public:
-    SensorFeed(Detectors detectors, bool searchBodies, QObject* parent = nullptr);
+    /// `searchBodies` is LookWorker's. Without a colour picture for `patience` the sensor is
+    /// silent.
+    SensorFeed(Detectors detectors, bool searchBodies,
+               std::chrono::seconds patience = usualPatience, QObject* parent = nullptr);
     ~SensorFeed() override;
 
     void start();
@@ -36,7 +43,7 @@ Q_SIGNALS:
     void looked(const enroll::FrameLook& look);
     /// The sensor could not be started; one sentence with the cure. Nothing follows.
     void failed(const QString& sentence);
-    /// The sensor has given no colour picture for 10 s or more; once a second until it does.
+    /// The sensor has given no colour picture for so long; once a second until it does.
     void silent();
 
 private:
@@ -49,6 +56,7 @@ private:
     LookWorker* looks;
     KinectStreamWorker* sensor;
     DepthFrame depth;
+    const std::chrono::seconds patience;
     QTimer silenceTimer;
     QElapsedTimer sincePicture;
 };

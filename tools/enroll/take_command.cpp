@@ -27,6 +27,7 @@ struct TakeOptions {
     SittingPlace place;
     SittingMode mode = SittingMode::Guided;
     std::optional<qint64> seconds; ///< From the first picture on.
+    std::chrono::seconds patience = usualPatience;
 };
 
 /// One sitting on the command line: shows the next sentence on one line, writes each sample as it
@@ -34,7 +35,8 @@ struct TakeOptions {
 class TakeRun {
 public:
     TakeRun(const TakeOptions& take, Detectors tools, tool::Console& output)
-        : wanted(take), options(tools.options), console(output), feed(std::move(tools), false),
+        : wanted(take), options(tools.options), console(output),
+          feed(std::move(tools), false, take.patience),
           writer(take.place.folder, take.place.sitting) {
         QObject::connect(&feed, &SensorFeed::looked, &feed,
                          [this](const FrameLook& look) { onLook(look); });
@@ -163,6 +165,10 @@ int takeCommand(const QStringList& arguments, tool::Console& console) {
     addSittingOptions(line);
     line.addSwitch(u"auto"_s, u"Asks for nothing: keeps what comes while the owner walks about."_s);
     line.addNumber(u"seconds"_s, u"N"_s, u"Ends after so many seconds."_s, 1, mostSeconds);
+    line.addNumber(u"patience"_s, u"N"_s,
+                   u"Gives up when the sensor gives no picture for so many seconds (%1)."_s.arg(
+                       usualPatience.count()),
+                   1, mostSeconds);
     if (const std::optional<int> status = line.read(arguments))
         return *status;
     const std::variant<SittingPlace, int> place = sittingPlace(line, console);
@@ -172,6 +178,8 @@ int takeCommand(const QStringList& arguments, tool::Console& console) {
     take.place = std::get<SittingPlace>(place);
     take.mode = line.isSet(u"auto"_s) ? SittingMode::Auto : SittingMode::Guided;
     take.seconds = line.number(u"seconds"_s);
+    if (const std::optional<qint64> patience = line.number(u"patience"_s))
+        take.patience = std::chrono::seconds(*patience);
     std::optional<Detectors> detectors = detectorsOrComplaint(console);
     return detectors ? TakeRun(take, std::move(*detectors), console).run() : int(tool::Failed);
 }
