@@ -1,0 +1,157 @@
+#include "face/face_recognition_worker.h"
+
+#include "app/record_types.h"
+#include "owner_place.h"
+
+#include <QDeadlineTimer>
+#include <QElapsedTimer>
+#include <QSemaphore>
+#include <QTest>
+#include <atomic>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int longMs = 60'000;
+/// A machine that is busy makes every wait longer, so a wait that has to be short is tried again.
+constexpr int tries = 20;
+
+/// A worker that always has a frame to work on: with each of its results it gets the next one. The
+/// frames show nothing, so that a pass takes no time to speak of.
+class FedWorker {
+    const QImage frame = QImage(8, 8, QImage::Format_RGB888);
+    QElapsedTimer clock;
+    std::atomic<qint64> lastCycleMs = 0;
+    std::atomic<qint64> lastResultMs = 0;
+    QSemaphore results;
+
+public:
+    FedWorker() {
+        QObject::connect(
+            &worker, &FaceRecognitionWorker::overlaysReady, &worker,
+            [this] {
+                const qint64 nowMs = clock.elapsed();
+                lastCycleMs = nowMs - lastResultMs;
+                lastResultMs = nowMs;
+                worker.submitFrame(frame);
+                results.release();
+            },
+            Qt::DirectConnection);
+        clock.start();
+        worker.start();
+        worker.submitFrame(frame);
+    }
+    bool waitForResult() { return results.tryAcquire(1, longMs); }
+    /// Until `count` cycles in a row were as long as only a rest makes them.
+    bool waitForRest(int count) {
+        const QDeadlineTimer giveUp(longMs);
+        for (int rests = 0; rests < count;) {
+            if (giveUp.hasExpired() || !waitForResult())
+                return false;
+            rests = cycleMs() >= restingCycleMs ? rests + 1 : 0;
+        }
+        return true;
+    }
+    qint64 cycleMs() const { return lastCycleMs; }
+
+    /// PassRest::cycleMs, less what a clock in whole milliseconds may lose.
+    static constexpr qint64 restingCycleMs = 375;
+    FaceRecognitionWorker worker{5000};
+};
+
+} // namespace
+
+/// When the worker's thread waits, and what ends a wait.
+class FaceRestTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { registerRecordTypes(); }
+    void itRestsBetweenPassesWhenNothingIsNew();
+    void itDoesNotRestAtFirst();
+    void anotherNumberOfBodiesEndsTheRest();
+    void aStopEndsTheRest();
+    void anIdleWorkerLooksForAnInterruptionFourTimesASecond();
+
+private:
+    OwnerPlace place;
+};
+
+void FaceRestTest::itRestsBetweenPassesWhenNothingIsNew() {
+    FedWorker fed;
+    QVERIFY(fed.waitForResult());
+    QElapsedTimer sinceFirst;
+    sinceFirst.start();
+    // Although a frame waits and others come.
+    QVERIFY(fed.waitForRest(3));
+    QVERIFY(sinceFirst.elapsed() >= 2000);
+    fed.worker.submitFrame(QImage(8, 8, QImage::Format_RGB888));
+    QVERIFY(fed.waitForResult());
+    QVERIFY(fed.cycleMs() >= FedWorker::restingCycleMs);
+}
+
+void FaceRestTest::itDoesNotRestAtFirst() {
+    bool quick = false;
+    for (int attempt = 0; attempt < tries && !quick; ++attempt) {
+        FedWorker fed;
+        QVERIFY(fed.waitForResult());
+        quick = true;
+        for (int cycle = 0; cycle < 5; ++cycle) {
+            QVERIFY(fed.waitForResult());
+            quick = quick && fed.cycleMs() < FedWorker::restingCycleMs;
+        }
+    }
+    QVERIFY(quick);
+}
+
+void FaceRestTest::anotherNumberOfBodiesEndsTheRest() {
+    FedWorker fed;
+    bool ended = false;
+    for (int bodies = 1; bodies <= tries && !ended; ++bodies) {
+        QVERIFY(fed.waitForRest(2));
+        fed.worker.setBodyRegions(QList<QRect>(bodies, QRect(0, 0, 1, 1)));
+        QVERIFY(fed.waitForResult());
+        ended = fed.cycleMs() < 200;
+    }
+    QVERIFY(ended);
+}
+
+void FaceRestTest::aStopEndsTheRest() {
+    bool ended = false;
+    for (int attempt = 0; attempt < tries && !ended; ++attempt) {
+        FedWorker fed;
+        QVERIFY(fed.waitForRest(2));
+        QElapsedTimer sinceStop;
+        sinceStop.start();
+        fed.worker.stop();
+        QVERIFY(fed.worker.wait(longMs));
+        ended = sinceStop.elapsed() < 200;
+    }
+    QVERIFY(ended);
+}
+
+/// An interruption, unlike a stop, wakes nobody: it is noticed when the wait for a frame ends.
+void FaceRestTest::anIdleWorkerLooksForAnInterruptionFourTimesASecond() {
+    bool inTime = false;
+    for (int attempt = 0; attempt < tries && !inTime; ++attempt) {
+        FaceRecognitionWorker worker(5000);
+        QSemaphore result;
+        connect(
+            &worker, &FaceRecognitionWorker::overlaysReady, &worker,
+            [&result] { result.release(); }, Qt::DirectConnection);
+        worker.start();
+        worker.submitFrame(QImage(8, 8, QImage::Format_RGB888));
+        QVERIFY(result.tryAcquire(1, longMs));
+        QElapsedTimer sinceWait; // It begins to wait for the next frame about now.
+        sinceWait.start();
+        QTest::qSleep(30); // Nothing tells that it waits.
+        worker.requestInterruption();
+        QVERIFY(worker.wait(longMs));
+        inTime = sinceWait.elapsed() >= 240 && sinceWait.elapsed() < 270;
+    }
+    QVERIFY(inTime);
+}
+
+QTEST_GUILESS_MAIN(FaceRestTest)
+#include "face_rest_test.moc"
