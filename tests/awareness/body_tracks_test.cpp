@@ -207,6 +207,7 @@ void BodyTracksTest::anOverlapOfMoreThanEightPercentJoins_data() {
     QTest::addColumn<int>("expectedTracks");
     // Boxes of the same height whose centres are farther apart than a track's side by side reach.
     QTest::newRow("60 of 740") << 400 << 340 << 1;
+    QTest::newRow("401 of 4999") << 2700 << 2299 << 1;
     QTest::newRow("exactly 40 of 500") << 270 << 230 << 2;
     QTest::newRow("59 of 741") << 400 << 341 << 2;
 }
@@ -230,8 +231,11 @@ void BodyTracksTest::besideATrackScoresLessTheFartherAway_data() {
     QTest::addColumn<bool>("besideWins");
     // 0.09 less 0.2 times the distance in widths of the image, against the overlap's share.
     QTest::newRow("0.0900 and 66 of 734") << 0 << 66 << true;
+    QTest::newRow("0.0898 and 66 of 734") << 1 << 66 << false;
     QTest::newRow("0.0900 and 67 of 733") << 0 << 67 << false;
     QTest::newRow("0.0820 and 60 of 740") << 40 << 60 << true;
+    QTest::newRow("0.0812 and 60 of 740") << 44 << 60 << true;
+    QTest::newRow("0.0810 and 60 of 740") << 45 << 60 << false;
     QTest::newRow("0.0808 and 60 of 740") << 46 << 60 << false;
 }
 

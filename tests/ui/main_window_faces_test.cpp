@@ -19,14 +19,15 @@ namespace {
 
 constexpr int longMs = 60'000;
 
-std::unique_ptr<MainWindow> liveWindow() {
-    return std::make_unique<MainWindow>(false, false, false, false, 5000, false);
+std::unique_ptr<MainWindow> liveWindow(int personLostMs = 5000) {
+    return std::make_unique<MainWindow>(false, false, false, false, personLostMs, false);
 }
 
 /// A window whose face worker waits for frames; keeps its texts and counts its results.
 class FaceWindow {
 public:
-    FaceWindow() : window(liveWindow()), worker(window->findChild<FaceRecognitionWorker*>()) {
+    explicit FaceWindow(int personLostMs = 5000)
+        : window(liveWindow(personLostMs)), worker(window->findChild<FaceRecognitionWorker*>()) {
         if (!worker)
             qFatal("no face worker");
         line = window->centralWidget()
@@ -78,6 +79,8 @@ private Q_SLOTS:
     void bodiesReachTheWorker();
     void framesGoToTheWorkerAtMostEvery180Ms();
     void nullFramesDoNotReachTheWorker();
+    void aFaceIsRememberedForTheLostTime_data();
+    void aFaceIsRememberedForTheLostTime();
     void theFaceWorkerIsStoppedFirst();
     void closingSoonEndsCleanly_data();
     void closingSoonEndsCleanly();
@@ -178,6 +181,27 @@ void MainWindowFacesTest::nullFramesDoNotReachTheWorker() {
     live.window->onFramesReady(smallFrame(), QImage(), QImage());
     QVERIFY(live.waitForResults(1));
     QCOMPARE(live.results, 1);
+}
+
+void MainWindowFacesTest::aFaceIsRememberedForTheLostTime_data() {
+    QTest::addColumn<int>("personLostMs");
+    QTest::addColumn<int>("remembered");
+    QTest::newRow("not at all") << 0 << 0;
+    QTest::newRow("longer than this test") << 600'000 << 1;
+}
+
+void MainWindowFacesTest::aFaceIsRememberedForTheLostTime() {
+    QFETCH(int, personLostMs);
+    FaceWindow live(personLostMs);
+    QVERIFY(live.waitUntilLive());
+    const QImage frame = colourFrame(frameWithFace());
+    live.window->onFramesReady(frame, QImage(), QImage());
+    QVERIFY(live.waitForResults(1));
+    QCOMPARE(live.window->awarenessInput().faceOverlays.size(), 1);
+    QTest::qWait(200); // the worker is handed a frame every 180 ms
+    live.window->onFramesReady(smallFrame().scaled(frame.size()), QImage(), QImage());
+    QVERIFY(live.waitForResults(2));
+    QTEST(int(live.window->awarenessInput().faceOverlays.size()), "remembered");
 }
 
 void MainWindowFacesTest::theFaceWorkerIsStoppedFirst() {
