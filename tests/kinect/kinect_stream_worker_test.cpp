@@ -4,6 +4,7 @@
 #include "support/log_capture.h"
 #include "virtual_kinect/recording_folder.h"
 
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QTest>
@@ -33,8 +34,9 @@ QSize sizeOf(const QImage& image) {
     return image.isNull() ? QSize() : image.size();
 }
 
-/// How much later than promised something may happen on a busy machine.
-constexpr qint64 slackMs = 1500;
+/// How much later than promised something may happen on a busy machine. What was said and sent
+/// meanwhile tells more exactly how long it took; this bound is for what hangs.
+constexpr qint64 slackMs = 10'000;
 
 /// One set of small pictures with known colours, so that tests are quick under sanitizers too.
 struct Recording {
@@ -418,37 +420,43 @@ void KinectStreamWorkerTest::hangingSensorDoesNotHoldUpTheRelease() {
     QPointer<KinectStreamWorker> worker;
     QElapsedTimer timer;
     {
-        Stage stage("slow-stop=5000");
+        Stage stage("slow-stop=6000");
         worker = stage.worker;
         worker->start();
         QTRY_VERIFY(stage.texts.contains(live));
         timer.start();
     } // releases it
     const qint64 took = timer.elapsed();
-    QVERIFY2(took >= 2900 && took < 3000 + slackMs, qPrintable(QString::number(took)));
-    QVERIFY(worker); // let go, not destroyed while it runs
+    QVERIFY2(took >= 2900, qPrintable(QString::number(took)));
+    QVERIFY(worker); // let go before it ended, not destroyed while it runs
     QVERIFY(worker->isRunning());
     QVERIFY(!worker->parent());
-    QTRY_VERIFY(worker.isNull()); // its own end was the last that it did
+    QTRY_VERIFY_WITH_TIMEOUT(worker.isNull(), 30'000); // its own end was the last that it did
     QCOMPARE(log->warnings(), QStringList());
 }
 
 void KinectStreamWorkerTest::stalledReceiverGetsABoundedBacklog() {
     Stage stage;
+    std::atomic<int> sent = 0;
+    connect(
+        stage.worker, &KinectStreamWorker::framesReady, &stage, [&sent] { ++sent; },
+        Qt::DirectConnection);
     stage.worker->start();
     QTRY_VERIFY(!stage.sets.isEmpty());
     const qsizetype before = stage.sets.size();
-    QTest::qSleep(2500); // the stall: no event is handled for some 75 frames
+    // The stall: no event is handled until nearly as many sets wait as may, and a second longer, in
+    // which some 30 are dropped.
+    constexpr qsizetype most = KinectStreamWorker::maxUndelivered;
+    const QDeadlineTimer giveUp(30'000);
+    while (sent < before + most - 5 && !giveUp.hasExpired())
+        QTest::qSleep(10);
+    QTest::qSleep(1000);
     QCoreApplication::processEvents();
     const qsizetype backlog = stage.sets.size() - before;
-    QVERIFY2(backlog >= 25 && backlog <= KinectStreamWorker::maxUndelivered + 2,
-             qPrintable(QString::number(backlog)));
+    QVERIFY2(backlog >= most - 5 && backlog <= most + 2, qPrintable(QString::number(backlog)));
 
-    QElapsedTimer timer;
-    timer.start();
     const qsizetype awake = stage.sets.size();
     QTRY_VERIFY(stage.sets.size() >= awake + 5);
-    QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
     stage.stopAndWait();
     const QStringList drops =
         log->linesStartingWith(u"Qt Kinect streams: receivers stalled, frame sets dropped "_s);

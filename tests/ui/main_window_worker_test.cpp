@@ -8,7 +8,6 @@
 #include "ui/stream_tiles.h"
 #include "virtual_kinect/recording_folder.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
@@ -267,7 +266,7 @@ void MainWindowWorkerTest::closingAtAnyMomentEndsTheWorker() {
 }
 
 void MainWindowWorkerTest::closingWhileTheSensorHangsLetsTheWorkerGo() {
-    qputenv("LUMENO_VIRTUAL_KINECT_FAULTS", "slow-stop=4500");
+    qputenv("LUMENO_VIRTUAL_KINECT_FAULTS", "slow-stop=6000");
     const LogCapture log;
     auto window = liveWindow();
     const QPointer<KinectStreamWorker> worker = window->findChild<KinectStreamWorker*>();
@@ -275,13 +274,10 @@ void MainWindowWorkerTest::closingWhileTheSensorHangsLetsTheWorkerGo() {
         StatusHistory history(*window);
         QTRY_VERIFY(history.hasStatus(live));
     }
-    QElapsedTimer closing;
-    closing.start();
     window.reset();
-    QVERIFY2(closing.elapsed() < 4300, qPrintable(QString::number(closing.elapsed())));
-    QVERIFY(worker && worker->isRunning());
+    QVERIFY2(worker && worker->isRunning(), "the window did not wait for its end");
     QVERIFY(WorkerThread::anyLetGoStillRuns());
-    QTRY_VERIFY_WITH_TIMEOUT(!worker, 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!worker, 30000);
     QVERIFY(!WorkerThread::anyLetGoStillRuns());
     QVERIFY(log.linesStartingWith(u"QThread"_s).isEmpty());
 }
