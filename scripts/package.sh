@@ -13,7 +13,9 @@
 # from / with an empty home, shows its window, ends with 0 and has written below its data folder only;
 # purged, nothing of it is left. The window's picture is kept beside the package.
 #
-# --check needs root, since it makes systems with debootstrap; they are kept in build-package/systems.
+# --check needs root, since it makes systems with debootstrap; they are kept in build-package/systems,
+# or in the folder that LUMENO_SYSTEMS names. The folder that CCACHE_DIR names, if it is set, is a
+# compiler cache in them, too.
 # shellcheck source=lib/setup.sh
 . "$(dirname "${BASH_SOURCE[0]}")/lib/setup.sh"
 # shellcheck source=lib/debian_system.sh
@@ -52,7 +54,8 @@ check_in_suite() {
         run_in "$system" apt-get update -q >"$systems/$suite-build.log" 2>&1
         mkdir -p "$system/src"
     }
-    # Tracked files and new ones, as they are now.
+    # Tracked files and new ones, as they are now; of an earlier run only what it built.
+    find "$system/src" -mindepth 1 -maxdepth 1 ! -name 'build*' -exec rm -rf {} +
     git ls-files -z --cached --others --exclude-standard | tar -c --null -T - | tar -x -C "$system/src"
     local launcher=()
     if [ -n "${CCACHE_DIR:-}" ]; then
