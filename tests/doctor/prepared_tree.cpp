@@ -15,9 +15,9 @@ namespace {
 
 constexpr int cameraNumber = 3;
 constexpr int sampleCount = 20;
-/// Any cascade does, and this one is loaded quickly.
+/// Any cascade does; this one is loaded quickly and has the same name in every version of OpenCV 4.
 const QString smallCascade =
-    u"/usr/share/opencv4/haarcascades/haarcascade_licence_plate_rus_16stages.xml"_s;
+    u"/usr/share/opencv4/haarcascades/haarcascade_russian_plate_number.xml"_s;
 const QString controllerFolder = u"/sys/devices/pci0000:00/0000:00:14.0"_s;
 
 } // namespace
