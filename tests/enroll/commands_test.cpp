@@ -1,7 +1,9 @@
 #include "enroll/manifest.h"
+#include "enroll/sitting_files.h"
 #include "face/face_detection.h"
 #include "face/owner_samples.h"
 #include "face/synthetic_face.h"
+#include "kept_samples.h"
 #include "room_frame.h"
 #include "support/temporary_place.h"
 #include "tool_under_test.h"
@@ -104,9 +106,11 @@ private Q_SLOTS:
     void anImportedPhotographIsGood();
     void importRefusesWhatIsNoUse();
     void checkNamesWhatIsWrong();
+    void aFolderThatLacksNothingIsGood();
     void checkWritesDistances();
     void whyAnswersFirst();
     void strangersAreCounted();
+    void aStrangerWhoIsRefusedIsGood();
     void setAsideTakesSamplesOut();
     void aKilledToolLeavesNoHalfFile();
 
@@ -321,6 +325,27 @@ void CommandsTest::checkNamesWhatIsWrong() {
     QCOMPARE(runTool({u"check"_s, u"nowhere"_s}).status, 1);
 }
 
+void CommandsTest::aFolderThatLacksNothingIsGood() {
+    using enroll::Distance;
+    enroll::SittingWriter writer(u"faces/tavin"_s, u"mon"_s);
+    unsigned texture = 1;
+    for (const Distance distance : enroll::allDistances)
+        for (int i = 0; i < 7; ++i)
+            QCOMPARE(writer.write(keptSample(texture++, distance, enroll::Pose::Front, 1 + i % 2)),
+                     QString());
+    const ToolRun run = runTool({u"check"_s});
+    QVERIFY2(run.output.contains(u"Samples: 21, not good: 0."_s), qPrintable(run.output));
+    QVERIFY(!run.output.contains(u"thin"_s));
+    QCOMPARE(run.status, 0);
+    // One fewer than enough, without another flaw.
+    for (const QString& file : {writer.files().value(0), writer.files().value(2)})
+        QVERIFY(QFile::remove(file));
+    const ToolRun thin = runTool({u"check"_s});
+    QVERIFY2(thin.output.contains(u"This is thin. Missing: 1 more sample."_s),
+             qPrintable(thin.output));
+    QCOMPARE(thin.status, 1);
+}
+
 void CommandsTest::checkWritesDistances() {
     QVERIFY(QDir().mkpath(u"faces/tavin"_s));
     QVERIFY(cv::imwrite("faces/tavin/a,b.png", recognizerInput(syntheticFace(180, 1))));
@@ -373,6 +398,17 @@ void CommandsTest::strangersAreCounted() {
     QCOMPARE(runTool({u"strangers"_s, u"wall.png"_s}).status, 1); // nobody to be asked about
     QCOMPARE(QDir(u"."_s).entryList(), before);
     QCOMPARE(samplesIn(u"faces"_s).size(), 1);
+}
+
+void CommandsTest::aStrangerWhoIsRefusedIsGood() {
+    QVERIFY(cv::imwrite("owner.png", frameWithFace()));
+    QVERIFY(cv::imwrite("stranger.png", roomFrame(65.0)));
+    QCOMPARE(runTool({u"import"_s, u"owner.png"_s}).status, 0);
+    const ToolRun run = runTool({u"strangers"_s, u"stranger.png"_s});
+    QVERIFY2(run.output.startsWith(u"Taken for the owner in 0 of 1 looks (0.0 %)"_s),
+             qPrintable(run.output));
+    QCOMPARE(run.status, 0);
+    QCOMPARE(runTool({u"strangers"_s, u"stranger.png"_s, u"missing.png"_s}).status, 1);
 }
 
 void CommandsTest::setAsideTakesSamplesOut() {

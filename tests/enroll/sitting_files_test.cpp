@@ -341,6 +341,9 @@ void SittingFilesTest::setAsideRefusesWhatIsNoSample_data() {
     QTest::newRow("elsewhere") << u"picture.png"_s
                                << u"picture.png does not lie in faces/tavin: only samples are set "
                                   "aside."_s;
+    QTest::newRow("a folder that begins alike")
+        << u"faces/tavin-old/a.png"_s
+        << u"faces/tavin-old/a.png does not lie in faces/tavin: only samples are set aside."_s;
     QTest::newRow("out by dots") << u"faces/tavin/../../picture.png"_s
                                  << u"faces/tavin/../../picture.png does not lie in faces/tavin: "
                                     "only samples are set aside."_s;
@@ -350,6 +353,7 @@ void SittingFilesTest::setAsideRefusesWhatIsNoSample() {
     QFETCH(QString, file);
     QVERIFY(QDir().mkpath(u"faces/tavin/mon"_s));
     writeFile(u"picture.png"_s, "mine");
+    writeFile(u"faces/tavin-old/a.png"_s, "mine");
     QString movedTo;
     QTEST(setAside(u"faces/tavin"_s, file, movedTo), "sentence");
     QCOMPARE(readFile(u"picture.png"_s), QByteArray("mine"));

@@ -295,6 +295,8 @@ void SittingTest::hintsTellTheCure_data() {
         u"The face is 74 px wide and needs 80: come within about 2.4 m."_s, false);
     row("far, measured", Flaw::TooSmall, 60, 2.8,
         u"The face is 60 px wide and needs 80: come within about 2.1 m."_s, false);
+    row("far, rounded down", Flaw::TooSmall, 76, 2.9,
+        u"The face is 76 px wide and needs 80: come within about 2.7 m."_s, false);
     row("far from the station", Flaw::TooSmall, 60, 2.8, u"Come closer."_s);
     row("dark", Flaw::TooDark, 100, 0,
         u"The face is too dark (brightness 120, needs 35): switch on a light in front of you."_s);
