@@ -58,7 +58,7 @@ private Q_SLOTS:
     void aSittingThatIsContinuedLosesNothing();
     void aFileInTheWayIsNeverReplaced();
     void aFullDiskLeavesNothingHalfWritten();
-    void aFullDiskAtTheManifestTakesTheSampleBack();
+    void aManifestThatCannotBeWrittenTakesTheSampleBack();
     void placesThatCannotBeWritten_data();
     void placesThatCannotBeWritten();
     void aReadOnlyFolder();
@@ -181,12 +181,18 @@ void SittingFilesTest::aFullDiskLeavesNothingHalfWritten() {
     QCOMPARE(writer.files().size(), 2);
 }
 
-void SittingFilesTest::aFullDiskAtTheManifestTakesTheSampleBack() {
-    writeFile(u"faces/tavin/mon/manifest.json/in-the-way"_s, "");
+void SittingFilesTest::aManifestThatCannotBeWrittenTakesTheSampleBack() {
     SittingWriter writer(u"faces/tavin"_s, u"mon"_s);
-    QVERIFY(writer.write(nearFront).contains(u"manifest.json"_s));
-    QCOMPARE(everythingIn(u"faces/tavin/mon"_s), QStringList{u"manifest.json"_s});
-    QVERIFY(writer.files().isEmpty());
+    QCOMPARE(writer.write(nearFront), QString());
+    // From now on only the manifest cannot be written.
+    QVERIFY(QFile::remove(u"faces/tavin/mon/manifest.json"_s));
+    writeFile(u"faces/tavin/mon/manifest.json/in-the-way"_s, "");
+    const QString problem = writer.write(keptSample(2, Distance::Near));
+    QVERIFY2(problem.startsWith(u"faces/tavin/mon/manifest.json cannot be written ("_s),
+             qPrintable(problem));
+    QCOMPARE(everythingIn(u"faces/tavin/mon"_s),
+             (QStringList{u"manifest.json"_s, u"near-front-01.png"_s}));
+    QCOMPARE(writer.files().size(), 1);
 }
 
 void SittingFilesTest::placesThatCannotBeWritten_data() {
