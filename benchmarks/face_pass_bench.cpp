@@ -45,7 +45,7 @@ struct BareSearch {
     };
     std::vector<Call> calls;
 
-    BareSearch(const QImage& frame, const QList<QRect>& bodies, const Options& options) {
+    BareSearch(const QImage& frame, const QList<QRect>& bodies, const face::Options& options) {
         Scripted frontal;
         Scripted profile;
         cv::Mat grey = greyFrame(frame);
@@ -59,7 +59,7 @@ struct BareSearch {
             calls.push_back({seen.images[i], seen.minSizes[i], frontal});
     }
     void run(cv::CascadeClassifier& frontal, cv::CascadeClassifier& profile,
-             const Options& options) const {
+             const face::Options& options) const {
         for (const Call& call : calls) {
             std::vector<cv::Rect> hits;
             (call.frontal ? frontal : profile)
@@ -92,7 +92,7 @@ struct State {
         benchmark::DoNotOptimize(faceOverlays(tracks, now, lostMs));
     }
 
-    Options options;
+    face::Options options;
     QImage frame;
     QList<QRect> bodies;
     BareSearch bare;

@@ -38,7 +38,7 @@ std::vector<Pair>& pairs() {
     static std::vector<Pair> all = [] {
         std::vector<Pair> made;
         for (const std::string& path :
-             {Options().frontalCascadePath, Options().profileCascadePath}) {
+             {face::Options().frontalCascadePath, face::Options().profileCascadePath}) {
             const auto data = readCascade(path);
             for (const std::size_t stages : {1U, 2U, 4U, 9U, 100U})
                 made.push_back(pairOf(cutCascade(*data, stages)));
@@ -87,7 +87,7 @@ cv::Mat pictureFrom(FuzzInput& input) {
 /// A cascade file with some bytes overwritten: it may be refused, or searched by both.
 void searchDamaged(FuzzInput& input) {
     static const std::string whole =
-        cascadeText(cutCascade(*readCascade(Options().frontalCascadePath), 2));
+        cascadeText(cutCascade(*readCascade(face::Options().frontalCascadePath), 2));
     std::string text = whole;
     for (int i = input.between(1, 6); i > 0; --i) {
         const int at = input.between(0, static_cast<int>(text.size()) - 1);

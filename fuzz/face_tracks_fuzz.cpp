@@ -44,7 +44,7 @@ std::vector<FaceObservation> observe(FuzzInput& input, const std::vector<FaceDet
 
 void checkTracks(const FaceTracks& now, qint64 nowMs, bool ownerSeen) {
     std::set<int> ids;
-    for (const Track& track : now.tracks) {
+    for (const face::Track& track : now.tracks) {
         require(track.id >= 1 && track.id < now.nextId && ids.insert(track.id).second,
                 "every track has a number of its own");
         require(track.hits >= 1 && track.hits <= 12, "hits are counted from 1 to 12");

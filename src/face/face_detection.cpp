@@ -8,6 +8,10 @@
 #include <opencv2/imgproc.hpp>
 #include <tuple>
 
+using face::DetectorMode;
+using face::Options;
+using face::rectIou;
+
 namespace {
 
 constexpr double mergeOverlap = 0.35;
@@ -35,6 +39,11 @@ double area(const cv::Rect& rect) {
 int scaled(int value, double factor) {
     return static_cast<int>(value * factor);
 }
+
+/// What the detectors are called in overlays and log lines.
+constexpr char frontalName[] = "frontal";
+constexpr char leftName[] = "profile_left";
+constexpr char rightName[] = "profile_right";
 
 bool shrinks(const Options& options) {
     return options.detectScale < 1.0;
@@ -146,7 +155,7 @@ bool loadCascade(cv::CascadeClassifier& cascade, const std::string& path) {
     return true;
 }
 
-double rectIou(const cv::Rect& a, const cv::Rect& b) {
+double face::rectIou(const cv::Rect& a, const cv::Rect& b) {
     if (a.width <= 0 || a.height <= 0 || b.width <= 0 || b.height <= 0)
         return 0.0;
     const double width =
@@ -160,9 +169,9 @@ double rectIou(const cv::Rect& a, const cv::Rect& b) {
 }
 
 int detectorPriority(const std::string& detector) {
-    if (detector == "frontal")
+    if (detector == frontalName)
         return 3;
-    return detector == "profile_left" || detector == "profile_right" ? 2 : 1;
+    return detector == leftName || detector == rightName ? 2 : 1;
 }
 
 std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& grey,
@@ -176,20 +185,23 @@ std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascad
     std::vector<FaceDetection> found;
     if (grey.empty())
         return found;
-    const bool all = options.detector == "frontal_or_profile";
+    const auto selects = [&options, &stop](DetectorMode mode) {
+        return (options.detector == mode || options.detector == DetectorMode::FrontalOrProfile) &&
+               !stop.stop_requested();
+    };
     SearchImages images(grey, options);
-    if ((all || options.detector == "frontal") && !stop.stop_requested()) {
+    if (selects(DetectorMode::Frontal)) {
         for (const cv::Rect& hit : detectPrepared(frontalCascade, images.upright(), options))
-            found.push_back({hit, "frontal"});
+            found.push_back({hit, frontalName});
     }
-    if (profileCascade && (all || options.detector == "profile_left") && !stop.stop_requested()) {
+    if (profileCascade && selects(DetectorMode::ProfileLeft)) {
         for (const cv::Rect& hit : detectPrepared(*profileCascade, images.upright(), options))
-            found.push_back({hit, "profile_left"});
+            found.push_back({hit, leftName});
     }
-    if (profileCascade && (all || options.detector == "profile_right") && !stop.stop_requested()) {
+    if (profileCascade && selects(DetectorMode::ProfileRight)) {
         for (cv::Rect hit : detectPrepared(*profileCascade, images.mirrored(), options)) {
             hit.x = grey.cols - hit.x - hit.width;
-            found.push_back({hit, "profile_right"});
+            found.push_back({hit, rightName});
         }
     }
     return dedupeDetections(std::move(found));
@@ -228,7 +240,8 @@ std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& front
 }
 
 std::vector<FaceDetection> dedupeDetections(std::vector<FaceDetection> detections) {
-    // Cascades give their hits in an order of chance, so the place decides between equal ones.
+    // The library's threads deliver their hits in any order, so that between equal ones the place
+    // decides: the result of a picture is always the same.
     const auto key = [](const FaceDetection& hit) {
         return std::tuple(-area(hit.rect), -detectorPriority(hit.detector), hit.rect.y, hit.rect.x);
     };

@@ -22,8 +22,12 @@ struct FaceDetection {
 /// same; otherwise by the library, and an information line says so.
 bool loadCascade(cv::CascadeClassifier& cascade, const std::string& path);
 
+namespace face {
+
 /// Intersection over union of two boxes, 0 to 1; 0 when either has no area or they do not meet.
 double rectIou(const cv::Rect& a, const cv::Rect& b);
+
+} // namespace face
 
 /// Rank of a detector among hits of equal size: 3 for exactly "frontal", 2 for exactly
 /// "profile_left" or "profile_right", 1 for anything else, names with "+far_crop" included.
@@ -34,16 +38,16 @@ int detectorPriority(const std::string& detector);
 /// is searched as it is, and then its own pixels are equalised in place. Throws cv::Exception where
 /// OpenCV does, for example for an image of another type.
 std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& grey,
-                                  const Options& options);
+                                  const face::Options& options);
 
 /// Runs the detectors that `options.detector` selects over one 8-bit grey image and returns their
-/// merged hits; an unknown selection gives none. A null profile cascade skips the profile
+/// merged hits. A null profile cascade skips the profile
 /// detectors. What detectors need in common is made once, with the same pixels as if detectFaces()
 /// had made it for each; `grey` is changed as detectFaces() says. `stop` is asked before each
 /// detector, and ends the search with what was found so far.
 std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascade,
                                             cv::CascadeClassifier* profileCascade, cv::Mat& grey,
-                                            const Options& options,
+                                            const face::Options& options,
                                             const std::stop_token& stop = {});
 
 /// Searches the upper part of each body, enlarged, so that small faces of people far from the
@@ -51,7 +55,8 @@ std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascad
 /// it, or too small after clipping, are skipped. Returns the merged hits in pixels of `grey`.
 std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& frontalCascade,
                                                     cv::CascadeClassifier* profileCascade,
-                                                    const cv::Mat& grey, const Options& options,
+                                                    const cv::Mat& grey,
+                                                    const face::Options& options,
                                                     const QList<QRect>& bodyRegions,
                                                     const std::stop_token& stop = {});
 

@@ -2,6 +2,11 @@
 
 #include <string>
 
+namespace face {
+
+/// Which detectors run over a picture.
+enum class DetectorMode { Frontal, ProfileLeft, ProfileRight, FrontalOrProfile };
+
 /// The settings of face detection and recognition: one value per run of the worker. Paths are
 /// 8-bit file-system paths; relative ones start at the working directory.
 struct Options {
@@ -11,8 +16,7 @@ struct Options {
         "/usr/share/opencv4/haarcascades/haarcascade_frontalface_default.xml";
     /// Trained on one side of the face; the other side is found on the mirror image.
     std::string profileCascadePath = "/usr/share/opencv4/haarcascades/haarcascade_profileface.xml";
-    /// Which detectors run: "frontal", "profile_left", "profile_right" or "frontal_or_profile".
-    std::string detector = "frontal_or_profile";
+    DetectorMode detector = DetectorMode::FrontalOrProfile;
     double candidateThreshold = 60.0; ///< Largest recogniser distance that counts as the owner.
     double detectScale = 0.5;         ///< The grey frame is shrunk by this before detection.
     double scaleFactor = 1.1;         ///< Cascade pyramid step.
@@ -24,3 +28,5 @@ struct Options {
     double maxBrightness = 220.0;     ///< Largest mean grey level, 0 to 255.
     double minContrast = 20.0;        ///< Smallest grey-level standard deviation.
 };
+
+} // namespace face

@@ -10,7 +10,7 @@ namespace {
 /// Asks the recogniser about a face. Samples are taken as they lie, faces are equalised; the
 /// candidate threshold was chosen with that difference in place.
 void recognise(FaceObservation& face, const cv::Mat& crop, cv::face::FaceRecognizer& recognizer,
-               const Options& options) {
+               const face::Options& options) {
     int label = -1;
     recognizer.predict(recognizerInput(crop), label, face.distance);
     face.owner = label == ownerClass && face.distance <= options.candidateThreshold;
@@ -29,7 +29,7 @@ cv::Mat greyFrame(const QImage& frame) {
     return grey;
 }
 
-std::optional<FacePass> findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
+std::optional<FacePass> findFaces(cv::Mat& grey, FaceTools& tools, const face::Options& options,
                                   const QList<QRect>& bodyRegions, const std::stop_token& stop) {
     cv::CascadeClassifier* profile = tools.profile.empty() ? nullptr : &tools.profile;
     std::vector<FaceDetection> found =
@@ -48,7 +48,7 @@ std::optional<FacePass> findFaces(cv::Mat& grey, FaceTools& tools, const Options
         if (face.rect.empty())
             continue;
         const cv::Mat crop = grey(face.rect);
-        if (faceQuality(crop, options) == "accepted")
+        if (faceQuality(crop, options) == FaceQuality::Accepted)
             recognise(face, crop, *tools.recognizer, options);
         pass.faces.push_back(std::move(face));
     }

@@ -34,6 +34,6 @@ cv::Mat greyFrame(const QImage& frame);
 /// them, and asks the recogniser about those that are good enough. `stop` is asked between the
 /// detectors and between the faces; nothing is returned when it was requested before the end.
 /// Throws cv::Exception where OpenCV does.
-std::optional<FacePass> findFaces(cv::Mat& grey, FaceTools& tools, const Options& options,
+std::optional<FacePass> findFaces(cv::Mat& grey, FaceTools& tools, const face::Options& options,
                                   const QList<QRect>& bodyRegions,
                                   const std::stop_token& stop = {});

@@ -18,15 +18,16 @@ double faceSharpness(const cv::Mat& face) {
     return deviation[0] * deviation[0];
 }
 
-std::string_view faceQuality(const cv::Mat& face, const Options& options) {
+FaceQuality faceQuality(const cv::Mat& face, const face::Options& options) {
     if (face.cols < options.minQualityFaceSize || face.rows < options.minQualityFaceSize)
-        return "too_small";
+        return FaceQuality::TooSmall;
     const FaceLight light = faceLight(face);
     if (light.mean < options.minBrightness)
-        return "too_dark";
+        return FaceQuality::TooDark;
     if (light.mean > options.maxBrightness)
-        return "too_bright";
+        return FaceQuality::TooBright;
     if (light.deviation < options.minContrast)
-        return "low_contrast";
-    return faceSharpness(face) >= options.minSharpness ? "accepted" : "too_blurry";
+        return FaceQuality::LowContrast;
+    return faceSharpness(face) >= options.minSharpness ? FaceQuality::Accepted
+                                                       : FaceQuality::TooBlurry;
 }

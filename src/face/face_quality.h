@@ -3,7 +3,6 @@
 #include "face/face_options.h"
 
 #include <opencv2/core.hpp>
-#include <string_view>
 
 /// What the light makes of a face, in grey levels from 0 to 255.
 struct FaceLight {
@@ -17,8 +16,10 @@ FaceLight faceLight(const cv::Mat& face);
 /// Variance of the Laplacian of an 8-bit grey crop, in grey levels squared: higher is sharper.
 double faceSharpness(const cv::Mat& face);
 
-/// Judges whether a face is good enough for recognition. `face` is an 8-bit grey crop, usually a
-/// view into the frame: at its edges the sharpness then looks at the frame's own neighbouring
-/// pixels. Returns "accepted", or the first test that fails: "too_small", "too_dark", "too_bright",
-/// "low_contrast", "too_blurry".
-std::string_view faceQuality(const cv::Mat& face, const Options& options);
+/// Whether a face is good enough for recognition, or the first test that it fails; the tests are
+/// made in this order.
+enum class FaceQuality { TooSmall, TooDark, TooBright, LowContrast, TooBlurry, Accepted };
+
+/// Judges a face for recognition. `face` is an 8-bit gray crop, usually a view into the frame: at
+/// its edges the sharpness then looks at the frame's own neighboring pixels.
+FaceQuality faceQuality(const cv::Mat& face, const face::Options& options);

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+using face::DetectorMode;
 
 namespace {
 
@@ -30,6 +31,21 @@ void yieldProcessorToOthers() {
     setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 19);
 }
 
+/// How the status line calls the detectors that run.
+QString modeText(DetectorMode mode) {
+    switch (mode) {
+    case DetectorMode::Frontal:
+        return u"frontal"_s;
+    case DetectorMode::ProfileLeft:
+        return u"profile_left"_s;
+    case DetectorMode::ProfileRight:
+        return u"profile_right"_s;
+    case DetectorMode::FrontalOrProfile:
+        return u"frontal_or_profile"_s;
+    }
+    return {};
+}
+
 qint64 steadyMs() {
     using namespace std::chrono;
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
@@ -37,7 +53,8 @@ qint64 steadyMs() {
 
 } // namespace
 
-FaceRecognitionWorker::FaceRecognitionWorker(int lostTimeout, QObject* parent, Options settings)
+FaceRecognitionWorker::FaceRecognitionWorker(int lostTimeout, QObject* parent,
+                                             face::Options settings)
     : WorkerThread(parent), lostTimeoutMs(lostTimeout), options(std::move(settings)) {
     setObjectName(QLatin1StringView(threadName)); // for whoever looks at the process's threads
     // A pass is so short that the library's pool would gain little, and its threads would not be as
@@ -84,9 +101,9 @@ void FaceRecognitionWorker::run() {
 }
 
 void FaceRecognitionWorker::work() {
-    if (options.detector == "frontal_or_profile" &&
+    if (options.detector == DetectorMode::FrontalOrProfile &&
         !QFile::exists(QFile::decodeName(options.profileCascadePath.c_str())))
-        options.detector = "frontal";
+        options.detector = DetectorMode::Frontal;
     FaceTools tools;
     const std::optional<int> sampleCount = learnOwner(tools);
     if (!sampleCount || !loadCascades(tools))
@@ -94,7 +111,7 @@ void FaceRecognitionWorker::work() {
     Q_EMIT statusChanged(
         u"Face recognition live: samples=%1 model=%2 candidate_threshold=%3 detector=%4"_s.arg(
             QString::number(*sampleCount), QFile::decodeName(options.modelPath.c_str()),
-            QString::number(options.candidateThreshold), QString::fromStdString(options.detector)));
+            QString::number(options.candidateThreshold), modeText(options.detector)));
     searchLargestFrame(tools);
     watch(tools);
     Q_EMIT statusChanged(u"Face recognition stopped"_s);
@@ -131,13 +148,12 @@ bool FaceRecognitionWorker::loadCascades(FaceTools& tools) {
             QFile::decodeName(options.frontalCascadePath.c_str())));
         return false;
     }
-    const bool both = options.detector == "frontal_or_profile";
-    if (!both && options.detector != "profile_left" && options.detector != "profile_right")
+    if (options.detector == DetectorMode::Frontal)
         return true;
     if (!loadCascade(tools.profile, options.profileCascadePath)) {
         tools.profile = cv::CascadeClassifier();
-        if (both)
-            options.detector = "frontal";
+        if (options.detector == DetectorMode::FrontalOrProfile)
+            options.detector = DetectorMode::Frontal;
     }
     return true;
 }
@@ -210,7 +226,7 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
     Q_EMIT overlaysReady(overlays);
 
     PassRest::Outcome outcome;
-    for (const Track& track : tracks.tracks)
+    for (const face::Track& track : tracks.tracks)
         outcome.tracks.push_back(track.id);
     outcome.unshownTrack = overlays.size() != static_cast<qsizetype>(tracks.tracks.size());
     outcome.bodyRegions = input.bodyRegions.size();

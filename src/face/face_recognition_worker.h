@@ -34,7 +34,7 @@ class FaceRecognitionWorker : public WorkerThread {
 public:
     /// `lostTimeoutMs`: how long a face that was shown is remembered unseen, 0 or more.
     explicit FaceRecognitionWorker(int lostTimeoutMs, QObject* parent = nullptr,
-                                   Options settings = {});
+                                   face::Options settings = {});
     ~FaceRecognitionWorker() override;
 
     /// Hands over a frame of any size and format; its pixels are copied. A null image is ignored.
@@ -77,7 +77,7 @@ private:
     bool hasFrame = false;
 
     // Touched by this thread only once it runs.
-    Options options;
+    face::Options options;
     FaceTracks tracks;
     RateLimit logLimit;
     RateLimit skipLimit;

@@ -11,19 +11,22 @@
 #include <cmath>
 
 using namespace Qt::StringLiterals;
+using face::rectIou;
+using face::Track;
 
 namespace {
 
-// A face belongs to the track that it overlaps by this much …
+// A face belongs to the track that it overlaps by this much.
 constexpr double matchOverlap = 0.25;
-// … or, for a face that moved on between two frames, to a near one of like size.
+// A face that moved on between two frames belongs to a track near by, in face sizes, whose area is
+// similar.
 constexpr double nearX = 0.75;
 constexpr double nearY = 0.85;
-constexpr double likeSizeLeast = 0.45;
-constexpr double likeSizeMost = 2.2;
+constexpr double minSizeRatio = 0.45;
+constexpr double maxSizeRatio = 2.2;
 
-constexpr int mostHits = 12;
-constexpr int mostVotes = 8;
+constexpr int maxHits = 12;
+constexpr int maxVotes = 8;
 
 // An unknown face is shown only when it is seen often, long and large enough. Profile cascades and
 // enlarged crops err more often than the frontal one, so they have to see it more often.
@@ -38,18 +41,18 @@ constexpr int forgivenStreak = 7;
 constexpr qint64 unshownKeptMs = 900;
 constexpr int nearFaceHeightPx = 90;
 
-double centreDistance(int a, int aLength, int b, int bLength) {
+double centerDistance(int a, int aLength, int b, int bLength) {
     const double between = std::abs((a + aLength / 2.0) - (b + bLength / 2.0));
     return between / std::max(1.0, (double(aLength) + bLength) / 2.0);
 }
 
 /// How far a face is from a track, in face sizes; negative when it cannot be the same face.
 double nearness(const cv::Rect& face, const cv::Rect& track) {
-    const double dx = centreDistance(face.x, face.width, track.x, track.width);
-    const double dy = centreDistance(face.y, face.height, track.y, track.height);
+    const double dx = centerDistance(face.x, face.width, track.x, track.width);
+    const double dy = centerDistance(face.y, face.height, track.y, track.height);
     const double ratio =
         double(face.width) * face.height / std::max(1.0, double(track.width) * track.height);
-    const bool same = dx <= nearX && dy <= nearY && ratio >= likeSizeLeast && ratio <= likeSizeMost;
+    const bool same = dx <= nearX && dy <= nearY && ratio >= minSizeRatio && ratio <= maxSizeRatio;
     return same ? dx + dy : -1.0;
 }
 
@@ -59,7 +62,7 @@ int matchingTrack(const std::vector<Track>& tracks, const std::vector<bool>& tak
     int best = -1;
     double bestOverlap = 0.0;
     int nearest = -1;
-    double leastDistance = 0.0;
+    double minDistance = 0.0;
     for (int i = 0; i < static_cast<int>(tracks.size()); ++i) {
         const auto at = static_cast<std::size_t>(i);
         if (taken[at])
@@ -69,9 +72,9 @@ int matchingTrack(const std::vector<Track>& tracks, const std::vector<bool>& tak
             bestOverlap = overlap;
         }
         const double distance = nearness(face, tracks[at].rect);
-        if (distance >= 0.0 && (nearest < 0 || distance < leastDistance)) {
+        if (distance >= 0.0 && (nearest < 0 || distance < minDistance)) {
             nearest = i;
-            leastDistance = distance;
+            minDistance = distance;
         }
     }
     return best >= 0 && bestOverlap >= matchOverlap ? best : nearest;
@@ -87,13 +90,13 @@ Track newTrack(int id, qint64 nowMs) {
 }
 
 void countVotes(Track& track, const FaceObservation& face, qint64 nowMs) {
-    track.hits = std::min(track.hits + 1, mostHits);
+    track.hits = std::min(track.hits + 1, maxHits);
     if (face.owner) {
-        track.ownerHits = std::min(track.ownerHits + 1, mostVotes);
+        track.ownerHits = std::min(track.ownerHits + 1, maxVotes);
         track.nonOwnerStreak = 0;
         track.lastOwnerMs = nowMs;
     } else {
-        track.nonOwnerStreak = std::min(track.nonOwnerStreak + 1, mostVotes);
+        track.nonOwnerStreak = std::min(track.nonOwnerStreak + 1, maxVotes);
         track.ownerHits = std::max(track.ownerHits - 1, 0);
     }
 }

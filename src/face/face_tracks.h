@@ -17,6 +17,8 @@ struct FaceObservation {
     double distance = 0.0; ///< Recogniser distance, lower is closer; 0 when it was not asked.
 };
 
+namespace face {
+
 /// A face followed over frames. Times are milliseconds of the clock that the caller uses.
 struct Track {
     int id = 0;    ///< Running number from 1; chooses the colour of an unknown face.
@@ -34,9 +36,11 @@ struct Track {
     bool confirmed = false; ///< An unknown face seen long and large enough to be shown.
 };
 
+} // namespace face
+
 /// All tracks between two frames.
 struct FaceTracks {
-    std::vector<Track> tracks; ///< In the order in which they were made.
+    std::vector<face::Track> tracks; ///< In the order in which they were made.
     int nextId = 1;
 };
 

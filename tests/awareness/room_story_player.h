@@ -112,7 +112,7 @@ private:
         colour().copy(crop.isValid() ? crop : QRect()).save(QDir(folder).filePath(name));
     }
 
-    Options options;
+    face::Options options;
     FaceTools tools = toolsThatKnowTheRoomsOwner(options);
     FaceTracks tracks;
     QList<FaceOverlay> pendingFaces;

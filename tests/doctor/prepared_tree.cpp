@@ -31,7 +31,7 @@ PreparedTree::PreparedTree() {
           R"(SUBSYSTEM=="usb", ATTR{idVendor}=="045e", ATTR{idProduct}=="02c4", TAG+="uaccess")"
           "\n");
     for (const std::string& cascade :
-         {Options().frontalCascadePath, Options().profileCascadePath}) {
+         {face::Options().frontalCascadePath, face::Options().profileCascadePath}) {
         const QString name = path() + QFile::decodeName(cascade.c_str());
         QDir().mkpath(QFileInfo(name).path());
         QFile::link(smallCascade, name);

@@ -72,7 +72,7 @@ QByteArray readFile(const QString& path) {
 
 /// The box of the one large face in a frame, as the detector finds it.
 cv::Rect boxIn(const cv::Mat& frame) {
-    const Options options;
+    const face::Options options;
     cv::CascadeClassifier frontal;
     if (!loadCascade(frontal, options.frontalCascadePath))
         return {};

@@ -70,7 +70,7 @@ private:
 void EnrollWindowTest::init() {
     written = 0;
     window = std::make_unique<EnrollWindow>(WindowSession(
-        Options(),
+        face::Options(),
         [this](const std::vector<KeptSample>& samples) {
             written += int(samples.size());
             return QString();

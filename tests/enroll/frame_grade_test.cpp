@@ -75,22 +75,22 @@ void FrameGradeTest::aSampleMustMeetEveryLimit() {
     QFETCH(int, flaw);
     FaceMeasures measures = goodFace();
     change(measures);
-    QCOMPARE(int(flawOf(measures, Options())), flaw);
+    QCOMPARE(int(flawOf(measures, face::Options())), flaw);
 }
 
 void FrameGradeTest::theLimitsAreTheRecognizersOwn() {
-    const auto flawWith = [](double Options::*limit, double value) {
-        Options options;
+    const auto flawWith = [](double face::Options::*limit, double value) {
+        face::Options options;
         options.*limit = value;
         return flawOf(goodFace(), options);
     };
-    Options strict;
+    face::Options strict;
     strict.minQualityFaceSize = 121;
     QCOMPARE(flawOf(goodFace(), strict), Flaw::TooSmall);
-    QCOMPARE(flawWith(&Options::minBrightness, 121.0), Flaw::TooDark);
-    QCOMPARE(flawWith(&Options::maxBrightness, 119.0), Flaw::TooBright);
-    QCOMPARE(flawWith(&Options::minContrast, 51.0), Flaw::LowContrast);
-    QCOMPARE(flawWith(&Options::minSharpness, 401.0), Flaw::TooBlurry);
+    QCOMPARE(flawWith(&face::Options::minBrightness, 121.0), Flaw::TooDark);
+    QCOMPARE(flawWith(&face::Options::maxBrightness, 119.0), Flaw::TooBright);
+    QCOMPARE(flawWith(&face::Options::minContrast, 51.0), Flaw::LowContrast);
+    QCOMPARE(flawWith(&face::Options::minSharpness, 401.0), Flaw::TooBlurry);
 }
 
 void FrameGradeTest::wishesAreNarrowerThanTheMusts_data() {
@@ -122,7 +122,7 @@ void FrameGradeTest::wishesAreNarrowerThanTheMusts() {
     FaceMeasures measures = goodFace();
     change(measures);
     QCOMPARE(meetsWishes(measures), wished);
-    QCOMPARE(flawOf(measures, Options()), Flaw::None);
+    QCOMPARE(flawOf(measures, face::Options()), Flaw::None);
 }
 
 void FrameGradeTest::whatRecognitionAcceptsHasNoGateFlaw_data() {
@@ -143,9 +143,9 @@ void FrameGradeTest::whatRecognitionAcceptsHasNoGateFlaw_data() {
 void FrameGradeTest::whatRecognitionAcceptsHasNoGateFlaw() {
     QFETCH(cv::Mat, face);
     QFETCH(int, flaw);
-    const Options options;
+    const face::Options options;
     QCOMPARE(int(gateFlaw(measureFace(face), options)), flaw);
-    QCOMPARE(faceQuality(face, options) == "accepted", flaw == int(Flaw::None));
+    QCOMPARE(faceQuality(face, options) == FaceQuality::Accepted, flaw == int(Flaw::None));
 }
 
 void FrameGradeTest::measuresAreThoseOfTheBox() {

@@ -40,7 +40,7 @@ private:
 };
 
 void FrameLookTest::initTestCase() {
-    detectors = loadDetectors(Options());
+    detectors = loadDetectors(face::Options());
     QVERIFY(detectors.has_value());
 }
 
@@ -83,11 +83,11 @@ void FrameLookTest::aSampleAndTheFaceOfTheSameFrameAreAtDistanceZero() {
 }
 
 void FrameLookTest::missingCascades() {
-    Options options;
+    face::Options options;
     options.profileCascadePath = "nowhere.xml";
     const auto frontalOnly = loadDetectors(options);
     QVERIFY(frontalOnly.has_value());
-    QCOMPARE(frontalOnly->options.detector, std::string("frontal"));
+    QCOMPARE(frontalOnly->options.detector, face::DetectorMode::Frontal);
     options.frontalCascadePath = "nowhere.xml";
     QVERIFY(!loadDetectors(options).has_value());
 }
@@ -166,8 +166,8 @@ void FrameLookTest::whyNamesTheFirstCause_data() {
 void FrameLookTest::whyNamesTheFirstCause() {
     QFETCH(WhyFacts, facts);
     QFETCH(bool, recognized);
-    QTEST(whySentence(facts, Options()), "sentence");
-    QCOMPARE(isRecognized(facts, Options()), recognized);
+    QTEST(whySentence(facts, face::Options()), "sentence");
+    QCOMPARE(isRecognized(facts, face::Options()), recognized);
 }
 
 void FrameLookTest::whyGivesTheFigures() {
@@ -176,7 +176,7 @@ void FrameLookTest::whyGivesTheFigures() {
     WhyFacts facts = factsOf(face, 4, 41.2);
     facts.nearest = {{u"a"_s, 41.2}, {u"b"_s, 42}, {u"c"_s, 43}, {u"d"_s, 44}};
     facts.largeFaces = 2;
-    QCOMPARE(whyDetails(facts, Options()),
+    QCOMPARE(whyDetails(facts, face::Options()),
              (QStringList{u"Found by: frontal+far_crop"_s,
                           u"Faces that are large enough: 2; this is the largest"_s,
                           u"Side: 120 px, needs 80, at 1.6 m"_s,
@@ -184,7 +184,7 @@ void FrameLookTest::whyGivesTheFigures() {
                           u"Sharpness: 400, needs 60"_s, u"Nearest sample: a at 41.2, at most 60"_s,
                           u"Nearest sample: b at 42.0, at most 60"_s,
                           u"Nearest sample: c at 43.0, at most 60"_s}));
-    QCOMPARE(whyDetails(WhyFacts(), Options()), QStringList{u"Found by: no detector"_s});
+    QCOMPARE(whyDetails(WhyFacts(), face::Options()), QStringList{u"Found by: no detector"_s});
 }
 
 QTEST_APPLESS_MAIN(FrameLookTest)

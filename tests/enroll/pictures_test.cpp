@@ -71,7 +71,7 @@ private:
 };
 
 void PicturesTest::initTestCase() {
-    detectors = loadDetectors(Options());
+    detectors = loadDetectors(face::Options());
     QVERIFY(detectors.has_value());
 }
 

@@ -56,7 +56,7 @@ void ReadmeTest::initTestCase() {
 
 void ReadmeTest::theTableOfDistances_data() {
     QTest::addColumn<QString>("row");
-    const Options options;
+    const face::Options options;
     QTest::newRow("recognition")
         << u"| up to %1 m | the owner is told from strangers: the face's box has %2 pixels or more |"_s
                .arg(meters(metersForSide(options.minQualityFaceSize)))

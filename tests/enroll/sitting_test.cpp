@@ -60,11 +60,11 @@ struct Room {
 };
 
 Room guided() {
-    return {Sitting(SittingMode::Guided, Options(), 0)};
+    return {Sitting(SittingMode::Guided, face::Options(), 0)};
 }
 
 Room walkingAbout() {
-    return {Sitting(SittingMode::Auto, Options(), 0)};
+    return {Sitting(SittingMode::Auto, face::Options(), 0)};
 }
 
 } // namespace
@@ -340,7 +340,7 @@ void SittingTest::hintsTellTheCure() {
     if (meters > 0.0)
         face.meters = meters;
     const Station* asked = guided ? &allStations().front() : nullptr;
-    QCOMPARE(hintFor(Flaw(flaw), side > 0 ? &face : nullptr, asked, Options()), hint);
+    QCOMPARE(hintFor(Flaw(flaw), side > 0 ? &face : nullptr, asked, face::Options()), hint);
 }
 
 QTEST_APPLESS_MAIN(SittingTest)

@@ -15,7 +15,7 @@ class Desk {
 public:
     Desk()
         : session(
-              Options(),
+              face::Options(),
               [this](const std::vector<KeptSample>& samples) {
                   if (refusal.isEmpty())
                       written += int(samples.size());

@@ -75,7 +75,8 @@ CascadeData fewStumps(const CascadeData& source, Random& random) {
 }
 
 std::optional<CascadeData> sourceOf(bool frontal) {
-    return readCascade(frontal ? Options().frontalCascadePath : Options().profileCascadePath);
+    return readCascade(frontal ? face::Options().frontalCascadePath
+                               : face::Options().profileCascadePath);
 }
 
 } // namespace

@@ -62,8 +62,8 @@ std::vector<NamedPicture> pictures() {
 }
 
 struct Cascades {
-    CascadeData frontal = dataOf(Options().frontalCascadePath);
-    CascadeData profile = dataOf(Options().profileCascadePath);
+    CascadeData frontal = dataOf(face::Options().frontalCascadePath);
+    CascadeData profile = dataOf(face::Options().profileCascadePath);
 };
 
 const Cascades& cascades() {
@@ -165,7 +165,8 @@ void CascadeSearchTest::otherScaleFactorsAndMinimumSizes() {
 }
 
 void CascadeSearchTest::groupsAreTheLibrarysGroups() {
-    for (const std::string& path : {Options().frontalCascadePath, Options().profileCascadePath}) {
+    for (const std::string& path :
+         {face::Options().frontalCascadePath, face::Options().profileCascadePath}) {
         cv::CascadeClassifier library(path);
         cv::CascadeClassifier ours(path);
         QCOMPARE(replaceCascadeSearch(ours, path), std::string());
@@ -178,7 +179,7 @@ void CascadeSearchTest::groupsAreTheLibrarysGroups() {
             QVERIFY2(sorted(hits) == sorted(theirs), next.name.c_str());
             found += static_cast<int>(hits.size());
         }
-        QVERIFY(path == Options().profileCascadePath || found > 0);
+        QVERIFY(path == face::Options().profileCascadePath || found > 0);
     }
 }
 
@@ -226,9 +227,9 @@ void CascadeSearchTest::searchesWithTheSameMemoryAnotherPicture() {
 }
 
 void CascadeSearchTest::takesTheLibrarysPlace() {
-    cv::CascadeClassifier cascade(Options().frontalCascadePath);
+    cv::CascadeClassifier cascade(face::Options().frontalCascadePath);
     const auto library = cascade.cc;
-    QCOMPARE(replaceCascadeSearch(cascade, Options().frontalCascadePath), std::string());
+    QCOMPARE(replaceCascadeSearch(cascade, face::Options().frontalCascadePath), std::string());
     QVERIFY(cascade.cc != library);
     QCOMPARE(cascade.getOriginalWindowSize(), library->getOriginalWindowSize());
     QVERIFY(!cascade.empty());
@@ -238,9 +239,9 @@ void CascadeSearchTest::takesTheLibrarysPlace() {
 }
 
 void CascadeSearchTest::othersThanGreyPicturesGoToTheLibrary() {
-    cv::CascadeClassifier library(Options().frontalCascadePath);
-    cv::CascadeClassifier cascade(Options().frontalCascadePath);
-    replaceCascadeSearch(cascade, Options().frontalCascadePath);
+    cv::CascadeClassifier library(face::Options().frontalCascadePath);
+    cv::CascadeClassifier cascade(face::Options().frontalCascadePath);
+    replaceCascadeSearch(cascade, face::Options().frontalCascadePath);
     const cv::Mat grey = cascadePictures().back().picture;
     cv::Mat color;
     cv::cvtColor(grey, color, cv::COLOR_GRAY2BGR);
@@ -275,7 +276,7 @@ void CascadeSearchTest::unknownCascadesAreLeftToTheLibrary() {
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(text);
     file.close();
-    cv::CascadeClassifier cascade(Options().frontalCascadePath);
+    cv::CascadeClassifier cascade(face::Options().frontalCascadePath);
     const auto library = cascade.cc;
     QVERIFY(!replaceCascadeSearch(cascade, "cascade.yml").empty());
     QVERIFY(cascade.cc == library);

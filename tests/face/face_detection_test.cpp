@@ -22,7 +22,7 @@ void write(const QString& path, const QByteArray& content) {
 /// The detectors of one image one after the other, each making its own pictures.
 std::vector<FaceDetection> detectEachOnItsOwn(cv::CascadeClassifier& frontal,
                                               cv::CascadeClassifier& profile, cv::Mat grey,
-                                              const Options& options) {
+                                              const face::Options& options) {
     std::vector<FaceDetection> found;
     for (const cv::Rect& hit : detectFaces(frontal, grey, options))
         found.push_back({hit, "frontal"});
@@ -92,8 +92,8 @@ private Q_SLOTS:
 void FaceDetectionTest::frontalModeNeverAsksTheProfileCascade() {
     Scripted frontal(cv::Rect(1, 2, 20, 20));
     Scripted profile(cv::Rect(50, 2, 20, 20));
-    Options options;
-    options.detector = "frontal";
+    face::Options options;
+    options.detector = face::DetectorMode::Frontal;
     cv::Mat grey(200, 200, CV_8U, cv::Scalar(90));
     QCOMPARE(texts(detectFacesMulti(frontal.cascade, &profile.cascade, grey, options)),
              QStringList{u"frontal 2,4 40x40"_s});
@@ -103,8 +103,8 @@ void FaceDetectionTest::frontalModeNeverAsksTheProfileCascade() {
 void FaceDetectionTest::profileRightModeReturnsOnlyMirroredHits() {
     Scripted frontal(cv::Rect(1, 2, 20, 20));
     Scripted profile(cv::Rect(10, 2, 20, 20));
-    Options options;
-    options.detector = "profile_right";
+    face::Options options;
+    options.detector = face::DetectorMode::ProfileRight;
     cv::Mat grey(200, 200, CV_8U, cv::Scalar(90));
     QCOMPARE(texts(detectFacesMulti(frontal.cascade, &profile.cascade, grey, options)),
              QStringList{u"profile_right 140,4 40x40"_s});
@@ -115,8 +115,8 @@ void FaceDetectionTest::profileRightModeReturnsOnlyMirroredHits() {
 void FaceDetectionTest::aRightProfileHitIsMirroredBack() {
     Scripted frontal;
     Scripted profile(cv::Rect(0, 10, 50, 50));
-    Options options;
-    options.detector = "profile_right";
+    face::Options options;
+    options.detector = face::DetectorMode::ProfileRight;
     cv::Mat grey(540, 960, CV_8U, cv::Scalar(90));
     const auto found = detectFacesMulti(frontal.cascade, &profile.cascade, grey, options);
     QCOMPARE(found.size(), 1U);
@@ -126,16 +126,16 @@ void FaceDetectionTest::aRightProfileHitIsMirroredBack() {
 void FaceDetectionTest::withoutAProfileCascadeAllDetectorsMeanFrontal() {
     Scripted frontal(cv::Rect(1, 2, 20, 20));
     cv::Mat grey(200, 200, CV_8U, cv::Scalar(90));
-    QCOMPARE(texts(detectFacesMulti(frontal.cascade, nullptr, grey, Options())),
+    QCOMPARE(texts(detectFacesMulti(frontal.cascade, nullptr, grey, face::Options())),
              QStringList{u"frontal 2,4 40x40"_s});
 }
 
 void FaceDetectionTest::anUnknownModeFindsNothing() {
-    for (const char* mode : {"", "Frontal", "both", "frontal_or_profile "}) {
+    for (const int mode : {-1, 4, 99}) {
         Scripted frontal(cv::Rect(1, 2, 20, 20));
         Scripted profile(cv::Rect(1, 2, 20, 20));
-        Options options;
-        options.detector = mode;
+        face::Options options;
+        options.detector = static_cast<face::DetectorMode>(mode);
         cv::Mat grey(200, 200, CV_8U, cv::Scalar(90));
         QVERIFY(detectFacesMulti(frontal.cascade, &profile.cascade, grey, options).empty());
         QVERIFY(frontal.seen->images.empty() && profile.seen->images.empty());
@@ -145,10 +145,10 @@ void FaceDetectionTest::anUnknownModeFindsNothing() {
 void FaceDetectionTest::theFrameIsHalvedAndTheSmallestFaceWithIt() {
     Scripted frontal;
     cv::Mat grey(1080, 1920, CV_8U, cv::Scalar(90));
-    detectFaces(frontal.cascade, grey, Options());
+    detectFaces(frontal.cascade, grey, face::Options());
     QCOMPARE(frontal.seen->images.at(0).size(), cv::Size(960, 540));
     QCOMPARE(frontal.seen->minSizes.at(0), cv::Size(15, 15));
-    Options tiny;
+    face::Options tiny;
     tiny.minFaceSize = 1;
     detectFaces(frontal.cascade, grey, tiny);
     QCOMPARE(frontal.seen->minSizes.at(1), cv::Size(1, 1));
@@ -157,7 +157,7 @@ void FaceDetectionTest::theFrameIsHalvedAndTheSmallestFaceWithIt() {
 void FaceDetectionTest::theSearchIsAskedWithTheOptions() {
     Scripted frontal;
     cv::Mat grey(200, 200, CV_8U, cv::Scalar(90));
-    Options options;
+    face::Options options;
     detectFaces(frontal.cascade, grey, options);
     QCOMPARE(frontal.seen->scaleFactors, std::vector<double>{1.1});
     QCOMPARE(frontal.seen->minNeighbors, std::vector<int>{4});
@@ -176,7 +176,7 @@ void FaceDetectionTest::theShrunkImageIsMadeOfAreaMeansAndEqualised() {
     const cv::Mat before = grey.clone();
     for (const double scale : {0.5, 0.4, 0.99}) {
         Scripted frontal;
-        Options options;
+        face::Options options;
         options.detectScale = scale;
         detectFaces(frontal.cascade, grey, options);
         cv::Mat expected;
@@ -189,7 +189,7 @@ void FaceDetectionTest::theShrunkImageIsMadeOfAreaMeansAndEqualised() {
 
 void FaceDetectionTest::hitsAreMappedBackByTruncation() {
     Scripted frontal(cv::Rect(1, 2, 5, 7));
-    Options options;
+    face::Options options;
     options.detectScale = 0.7;
     cv::Mat grey(200, 200, CV_8U, cv::Scalar(90));
     const std::vector<cv::Rect> found = detectFaces(frontal.cascade, grey, options);
@@ -198,7 +198,7 @@ void FaceDetectionTest::hitsAreMappedBackByTruncation() {
 
 void FaceDetectionTest::anUnshrunkImageIsEqualisedInPlace() {
     Scripted frontal;
-    Options options;
+    face::Options options;
     options.detectScale = 1.0;
     cv::Mat grey = frameWithFace();
     cv::Mat equalised;
@@ -223,7 +223,7 @@ void FaceDetectionTest::sharingPicturesChangesNothing() {
     QFETCH(int, width);
     QFETCH(int, height);
     QFETCH(double, scale);
-    Options options;
+    face::Options options;
     options.detectScale = scale;
     cv::Mat grey(height, width, CV_8U);
     cv::RNG(3).fill(grey, cv::RNG::NORMAL, 120, 40);
@@ -257,7 +257,7 @@ void FaceDetectionTest::picturesTooSmallToShrinkHoldNoFace() {
     QFETCH(int, height);
     cv::CascadeClassifier frontal;
     cv::CascadeClassifier profile;
-    const Options options;
+    const face::Options options;
     QVERIFY(loadCascade(frontal, options.frontalCascadePath));
     QVERIFY(loadCascade(profile, options.profileCascadePath));
     cv::Mat grey(height, width, CV_8U, cv::Scalar(90));
@@ -272,13 +272,13 @@ void FaceDetectionTest::aStopEndsTheSearchBetweenDetectors() {
     cv::Mat grey(400, 400, CV_8U, cv::Scalar(90));
     std::stop_source stop;
     frontal.seen->whenAsked = [&stop] { stop.request_stop(); };
-    const auto found =
-        detectFacesMulti(frontal.cascade, &profile.cascade, grey, Options(), stop.get_token());
+    const auto found = detectFacesMulti(frontal.cascade, &profile.cascade, grey, face::Options(),
+                                        stop.get_token());
     QCOMPARE(found.size(), 1U);
     QVERIFY(profile.seen->images.empty());
     const QList<QRect> regions(5, QRect(0, 0, 200, 300));
-    QVERIFY(detectFacesInBodyRegions(frontal.cascade, &profile.cascade, grey, Options(), regions,
-                                     stop.get_token())
+    QVERIFY(detectFacesInBodyRegions(frontal.cascade, &profile.cascade, grey, face::Options(),
+                                     regions, stop.get_token())
                 .empty());
     QCOMPARE(frontal.seen->images.size(), 1U);
 }
@@ -301,11 +301,11 @@ void FaceDetectionTest::priorities() {
 }
 
 void FaceDetectionTest::overlapOfBoxes() {
-    QCOMPARE(rectIou({0, 0, 10, 10}, {0, 0, 10, 10}), 1.0);
-    QCOMPARE(rectIou({0, 0, 10, 10}, {5, 0, 10, 10}), 50.0 / 150.0);
-    QCOMPARE(rectIou({0, 0, 10, 10}, {10, 0, 10, 10}), 0.0);
-    QCOMPARE(rectIou({0, 0, 0, 10}, {0, 0, 10, 10}), 0.0);
-    QCOMPARE(rectIou({0, 0, 10, -1}, {0, 0, 10, 10}), 0.0);
+    QCOMPARE(face::rectIou({0, 0, 10, 10}, {0, 0, 10, 10}), 1.0);
+    QCOMPARE(face::rectIou({0, 0, 10, 10}, {5, 0, 10, 10}), 50.0 / 150.0);
+    QCOMPARE(face::rectIou({0, 0, 10, 10}, {10, 0, 10, 10}), 0.0);
+    QCOMPARE(face::rectIou({0, 0, 0, 10}, {0, 0, 10, 10}), 0.0);
+    QCOMPARE(face::rectIou({0, 0, 10, -1}, {0, 0, 10, 10}), 0.0);
 }
 
 void FaceDetectionTest::equalBoxesMergeIntoTheFrontalOneFrom35Percent() {
@@ -313,6 +313,11 @@ void FaceDetectionTest::equalBoxesMergeIntoTheFrontalOneFrom35Percent() {
     const FaceDetection left{cv::Rect(65, 0, 135, 100), "profile_left"};
     const FaceDetection frontal{cv::Rect(0, 0, 135, 100), "frontal"};
     QCOMPARE(texts(dedupeDetections({left, frontal})), QStringList{u"frontal 0,0 135x100"_s});
+    // Two boxes of 1350 x 100, apart by 651: 699 / 2001.
+    QCOMPARE(dedupeDetections({{cv::Rect(651, 0, 1350, 100), "profile_left"},
+                               {cv::Rect(0, 0, 1350, 100), "frontal"}})
+                 .size(),
+             2U);
     // Two boxes of 134 x 100, apart by 66: 68 / 200.
     const FaceDetection apartLeft{cv::Rect(66, 0, 134, 100), "profile_left"};
     const FaceDetection apartFrontal{cv::Rect(0, 0, 134, 100), "frontal"};
@@ -391,7 +396,7 @@ void FaceDetectionTest::bodyRegionsAreClippedAndCropped() {
     QFETCH(QSize, searched);
     Scripted frontal;
     const cv::Mat grey(720, 1000, CV_8U, cv::Scalar(90));
-    detectFacesInBodyRegions(frontal.cascade, nullptr, grey, Options(), {region});
+    detectFacesInBodyRegions(frontal.cascade, nullptr, grey, face::Options(), {region});
     QCOMPARE(frontal.seen->images.size(), searched.isEmpty() ? 0U : 1U);
     if (searched.isEmpty())
         return;
@@ -404,8 +409,8 @@ void FaceDetectionTest::bodyRegionHitsComeBackInFramePixels() {
     Scripted frontal(cv::Rect(11, 21, 41, 43));
     Scripted profile;
     const cv::Mat grey(720, 1000, CV_8U, cv::Scalar(90));
-    QCOMPARE(texts(detectFacesInBodyRegions(frontal.cascade, &profile.cascade, grey, Options(),
-                                            {QRect(10, 20, 100, 150)})),
+    QCOMPARE(texts(detectFacesInBodyRegions(frontal.cascade, &profile.cascade, grey,
+                                            face::Options(), {QRect(10, 20, 100, 150)})),
              QStringList{u"frontal+far_crop 27,30 20x21"_s});
 }
 
@@ -414,10 +419,11 @@ void FaceDetectionTest::bodyRegionHitsAreTruncatedAndMerged() {
     Scripted frontal(cv::Rect(100, 101, 91, 92));
     const cv::Mat grey(720, 1000, CV_8U, cv::Scalar(90));
     const QRect body(0, 0, 400, 600);
-    QCOMPARE(texts(detectFacesInBodyRegions(frontal.cascade, nullptr, grey, Options(), {body})),
-             QStringList{u"frontal+far_crop 116,67 60x61"_s});
+    QCOMPARE(
+        texts(detectFacesInBodyRegions(frontal.cascade, nullptr, grey, face::Options(), {body})),
+        QStringList{u"frontal+far_crop 116,67 60x61"_s});
     // Two bodies that overlap show the same face.
-    QCOMPARE(texts(detectFacesInBodyRegions(frontal.cascade, nullptr, grey, Options(),
+    QCOMPARE(texts(detectFacesInBodyRegions(frontal.cascade, nullptr, grey, face::Options(),
                                             {body, body.translated(3, 2)})),
              QStringList{u"frontal+far_crop 116,67 60x61"_s});
 }
@@ -427,7 +433,7 @@ void FaceDetectionTest::bodyRegionsAreEnlargedByCubicInterpolation() {
     cv::RNG(3).fill(grey, cv::RNG::NORMAL, 120, 40);
     const auto searched = [&grey](const QRect& body) {
         Scripted frontal;
-        detectFacesInBodyRegions(frontal.cascade, nullptr, grey, Options(), {body});
+        detectFacesInBodyRegions(frontal.cascade, nullptr, grey, face::Options(), {body});
         return frontal.seen->images.at(0);
     };
     const auto enlarged = [&grey](const cv::Rect& crop, double factor) {
@@ -448,28 +454,29 @@ void FaceDetectionTest::bodyRegionsLeaveTheFrameAlone() {
     Scripted frontal;
     const cv::Mat grey = frameWithFace();
     const cv::Mat before = grey.clone();
-    detectFacesInBodyRegions(frontal.cascade, nullptr, grey, Options(), {QRect(0, 0, 480, 360)});
+    detectFacesInBodyRegions(frontal.cascade, nullptr, grey, face::Options(),
+                             {QRect(0, 0, 480, 360)});
     QCOMPARE(cv::norm(grey, before, cv::NORM_INF), 0.0);
 }
 
 void FaceDetectionTest::aFaceTooSmallForTheFrameIsFoundInItsBodyRegion() {
     cv::CascadeClassifier frontal;
-    QVERIFY(loadCascade(frontal, Options().frontalCascadePath));
+    QVERIFY(loadCascade(frontal, face::Options().frontalCascadePath));
     cv::Mat grey(400, 400, CV_8U, cv::Scalar(70));
     cv::Mat small;
     cv::resize(syntheticFace(180), small, cv::Size(100, 100), 0.0, 0.0, cv::INTER_AREA);
     small.copyTo(grey(cv::Rect(150, 50, 100, 100)));
-    QVERIFY(detectFacesMulti(frontal, nullptr, grey, Options()).empty());
-    const auto found =
-        detectFacesInBodyRegions(frontal, nullptr, grey, Options(), {QRect(100, 30, 200, 350)});
+    QVERIFY(detectFacesMulti(frontal, nullptr, grey, face::Options()).empty());
+    const auto found = detectFacesInBodyRegions(frontal, nullptr, grey, face::Options(),
+                                                {QRect(100, 30, 200, 350)});
     QCOMPARE(found.size(), 1U);
     QCOMPARE(found[0].detector, "frontal+far_crop");
-    QVERIFY(rectIou(found[0].rect, cv::Rect(155, 55, 90, 90)) > 0.6);
+    QVERIFY(face::rectIou(found[0].rect, cv::Rect(155, 55, 90, 90)) > 0.6);
 }
 
 void FaceDetectionTest::onlyAWholeCascadeFileLoads() {
     const TemporaryPlace place;
-    QFile real(QString::fromStdString(Options().frontalCascadePath));
+    QFile real(QString::fromStdString(face::Options().frontalCascadePath));
     QVERIFY(real.open(QIODevice::ReadOnly));
     const QByteArray content = real.readAll();
     write(u"whole.xml"_s, content);
@@ -494,7 +501,7 @@ void FaceDetectionTest::theRealPortraitHasOneFrontalFace() {
         QSKIP("no real portrait beside the checkout");
     cv::CascadeClassifier frontal;
     cv::CascadeClassifier profile;
-    const Options options;
+    const face::Options options;
     QVERIFY(loadCascade(frontal, options.frontalCascadePath));
     QVERIFY(loadCascade(profile, options.profileCascadePath));
     cv::Mat grey = cv::imread(path.toStdString(), cv::IMREAD_GRAYSCALE);

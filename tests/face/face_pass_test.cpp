@@ -57,7 +57,7 @@ struct ScriptedPass {
         FaceTools tools;
         tools.frontal = frontal.cascade;
         tools.recognizer = recognizer;
-        return findFaces(frame, tools, Options(), bodies, stop.get_token());
+        return findFaces(frame, tools, face::Options(), bodies, stop.get_token());
     }
     FacePass run() { return runUntilStop().value(); }
 };
@@ -194,10 +194,10 @@ void FacePassTest::bothCascadesAreUsedWhereThereAreTwo() {
     FaceTools tools;
     tools.frontal = frontal.cascade;
     cv::Mat frame = goodFrame();
-    findFaces(frame, tools, Options(), {QRect(0, 0, 200, 300)});
+    findFaces(frame, tools, face::Options(), {QRect(0, 0, 200, 300)});
     QCOMPARE(frontal.seen->images.size(), 2U);
     tools.profile = profile.cascade;
-    findFaces(frame, tools, Options(), {QRect(0, 0, 200, 300)});
+    findFaces(frame, tools, face::Options(), {QRect(0, 0, 200, 300)});
     QCOMPARE(frontal.seen->images.size(), 4U);
     QCOMPARE(profile.seen->images.size(), 4U);
 }
@@ -315,7 +315,7 @@ void FacePassTest::aNullImageGivesNoFrame() {
 }
 
 void FacePassTest::theDefaultFilesAreTheSystemsAndTheUsers() {
-    const Options options;
+    const face::Options options;
     QCOMPARE(options.samplesDir, "faces/tavin");
     QCOMPARE(options.modelPath, "models/face_recognizer.yml");
     QCOMPARE(options.frontalCascadePath,

@@ -3,7 +3,7 @@
 #include <QTest>
 #include <opencv2/imgproc.hpp>
 
-using namespace Qt::StringLiterals;
+Q_DECLARE_METATYPE(FaceQuality)
 
 class FaceQualityTest : public QObject {
     Q_OBJECT
@@ -39,34 +39,34 @@ cv::Mat smoothRamp(int side) {
 
 void FaceQualityTest::firstFailingTestWins_data() {
     QTest::addColumn<cv::Mat>("face");
-    QTest::addColumn<QString>("word");
-    QTest::newRow("good") << squares(80, 80, 90, 160) << u"accepted"_s;
-    QTest::newRow("79 wide") << squares(79, 80, 90, 160) << u"too_small"_s;
-    QTest::newRow("79 high") << squares(80, 79, 90, 160) << u"too_small"_s;
-    QTest::newRow("small and dark") << squares(20, 20, 0, 0) << u"too_small"_s;
-    QTest::newRow("dark and flat") << squares(80, 80, 10, 20) << u"too_dark"_s;
-    QTest::newRow("bright and flat") << squares(80, 80, 230, 240) << u"too_bright"_s;
-    QTest::newRow("flat") << squares(80, 80, 100, 130) << u"low_contrast"_s;
-    QTest::newRow("soft") << smoothRamp(100) << u"too_blurry"_s;
+    QTest::addColumn<FaceQuality>("verdict");
+    QTest::newRow("good") << squares(80, 80, 90, 160) << FaceQuality::Accepted;
+    QTest::newRow("79 wide") << squares(79, 80, 90, 160) << FaceQuality::TooSmall;
+    QTest::newRow("79 high") << squares(80, 79, 90, 160) << FaceQuality::TooSmall;
+    QTest::newRow("small and dark") << squares(20, 20, 0, 0) << FaceQuality::TooSmall;
+    QTest::newRow("dark and flat") << squares(80, 80, 10, 20) << FaceQuality::TooDark;
+    QTest::newRow("bright and flat") << squares(80, 80, 230, 240) << FaceQuality::TooBright;
+    QTest::newRow("flat") << squares(80, 80, 100, 130) << FaceQuality::LowContrast;
+    QTest::newRow("soft") << smoothRamp(100) << FaceQuality::TooBlurry;
 }
 
 void FaceQualityTest::firstFailingTestWins() {
     QFETCH(cv::Mat, face);
-    QFETCH(QString, word);
-    QCOMPARE(QString::fromLatin1(faceQuality(face, Options())), word);
+    QFETCH(FaceQuality, verdict);
+    QCOMPARE(faceQuality(face, face::Options()), verdict);
 }
 
 void FaceQualityTest::boundsAreInclusive() {
     // Equal parts of both levels: mean and deviation are half their sum and half their difference.
-    const auto word = [](int low, int high) {
+    const auto verdict = [](int low, int high) {
         const cv::Mat face = squares(80, 80, low, high);
-        return QString::fromLatin1(faceQuality(face, Options()));
+        return faceQuality(face, face::Options());
     };
-    QCOMPARE(word(15, 55), u"accepted"_s);       // Mean 35, deviation 20.
-    QCOMPARE(word(14, 55), u"too_dark"_s);       // Mean 34.5.
-    QCOMPARE(word(200, 240), u"accepted"_s);     // Mean 220.
-    QCOMPARE(word(200, 241), u"too_bright"_s);   // Mean 220.5.
-    QCOMPARE(word(100, 139), u"low_contrast"_s); // Deviation 19.5.
+    QCOMPARE(verdict(15, 55), FaceQuality::Accepted);      // Mean 35, deviation 20.
+    QCOMPARE(verdict(14, 55), FaceQuality::TooDark);       // Mean 34.5.
+    QCOMPARE(verdict(200, 240), FaceQuality::Accepted);    // Mean 220.
+    QCOMPARE(verdict(200, 241), FaceQuality::TooBright);   // Mean 220.5.
+    QCOMPARE(verdict(100, 139), FaceQuality::LowContrast); // Deviation 19.5.
 
     const cv::Mat face = squares(80, 80, 90, 160);
     cv::Mat edges;
@@ -74,18 +74,18 @@ void FaceQualityTest::boundsAreInclusive() {
     cv::Scalar mean;
     cv::Scalar deviation;
     cv::meanStdDev(edges, mean, deviation);
-    Options options;
+    face::Options options;
     options.minSharpness = deviation[0] * deviation[0];
-    QCOMPARE(QString::fromLatin1(faceQuality(face, options)), u"accepted"_s);
+    QCOMPARE(faceQuality(face, options), FaceQuality::Accepted);
     options.minSharpness = std::nextafter(options.minSharpness, 1e9);
-    QCOMPARE(QString::fromLatin1(faceQuality(face, options)), u"too_blurry"_s);
+    QCOMPARE(faceQuality(face, options), FaceQuality::TooBlurry);
 }
 
 void FaceQualityTest::theSmallestSharpnessIs60_data() {
     QTest::addColumn<int>("sumOfSquares");
-    QTest::addColumn<QString>("word");
-    QTest::newRow("a little less than 60") << 4999 << u"too_blurry"_s;
-    QTest::newRow("a little more than 60") << 5001 << u"accepted"_s;
+    QTest::addColumn<FaceQuality>("verdict");
+    QTest::newRow("a little less than 60") << 4999 << FaceQuality::TooBlurry;
+    QTest::newRow("a little more than 60") << 5001 << FaceQuality::Accepted;
 }
 
 /// 100 x 100 pixels of two flat halves, 50 levels apart: two columns where the Laplacian is 50, and
@@ -94,7 +94,7 @@ void FaceQualityTest::theSmallestSharpnessIs60_data() {
 /// pixels, single ones with sum(a^2) = 5000 make the variance 60.
 void FaceQualityTest::theSmallestSharpnessIs60() {
     QFETCH(int, sumOfSquares);
-    QFETCH(QString, word);
+    QFETCH(FaceQuality, verdict);
     cv::Mat face(100, 100, CV_8U, cv::Scalar(90));
     face.colRange(50, 100).setTo(140);
     int place = 0;
@@ -105,7 +105,7 @@ void FaceQualityTest::theSmallestSharpnessIs60() {
         }
     }
     QVERIFY(std::abs(faceSharpness(face) - 60.0) < 0.01);
-    QCOMPARE(QString::fromLatin1(faceQuality(face, Options())), word);
+    QCOMPARE(faceQuality(face, face::Options()), verdict);
 }
 
 QTEST_APPLESS_MAIN(FaceQualityTest)

@@ -17,6 +17,8 @@
 
 using namespace Qt::StringLiterals;
 
+Q_DECLARE_METATYPE(face::DetectorMode)
+
 namespace {
 
 constexpr int longMs = 60'000;
@@ -159,7 +161,7 @@ void FaceRecognitionWorkerTest::anUnusableFrontalCascadeEndsIt() {
     writeBytes(u"empty.xml"_s, QByteArray());
     writeBytes(u"damaged.xml"_s, "<?xml version=\"1.0\"?><opencv_storage><cascade>");
     QVERIFY(QDir().mkdir(u"folder.xml"_s));
-    Options options;
+    face::Options options;
     options.frontalCascadePath = path.toStdString();
     FaceRecognitionWorker worker(5000, nullptr, options);
     const Watcher watcher(worker);
@@ -172,27 +174,29 @@ void FaceRecognitionWorkerTest::anUnusableFrontalCascadeEndsIt() {
 
 void FaceRecognitionWorkerTest::anUnusableProfileCascadeLeavesTheFrontalOne_data() {
     QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("wanted");
+    QTest::addColumn<face::DetectorMode>("wanted");
     QTest::addColumn<QString>("used");
     for (const char* path : {"missing.xml", "empty.xml", "folder.xml"}) {
         QTest::addRow("%s, all", path)
-            << QString::fromLatin1(path) << u"frontal_or_profile"_s << u"frontal"_s;
+            << QString::fromLatin1(path) << face::DetectorMode::FrontalOrProfile << u"frontal"_s;
         QTest::addRow("%s, left", path)
-            << QString::fromLatin1(path) << u"profile_left"_s << u"profile_left"_s;
+            << QString::fromLatin1(path) << face::DetectorMode::ProfileLeft << u"profile_left"_s;
+        QTest::addRow("%s, right", path)
+            << QString::fromLatin1(path) << face::DetectorMode::ProfileRight << u"profile_right"_s;
         QTest::addRow("%s, none", path)
-            << QString::fromLatin1(path) << u"frontal"_s << u"frontal"_s;
+            << QString::fromLatin1(path) << face::DetectorMode::Frontal << u"frontal"_s;
     }
 }
 
 void FaceRecognitionWorkerTest::anUnusableProfileCascadeLeavesTheFrontalOne() {
     QFETCH(QString, path);
-    QFETCH(QString, wanted);
+    QFETCH(face::DetectorMode, wanted);
     QFETCH(QString, used);
     writeBytes(u"empty.xml"_s, QByteArray());
     QVERIFY(QDir().mkdir(u"folder.xml"_s));
-    Options options;
+    face::Options options;
     options.profileCascadePath = path.toStdString();
-    options.detector = wanted.toStdString();
+    options.detector = wanted;
     FaceRecognitionWorker worker(5000, nullptr, options);
     const Watcher watcher(worker);
     worker.start();
@@ -466,7 +470,7 @@ void FaceRecognitionWorkerTest::destroyedWhileBusy() {
 }
 
 void FaceRecognitionWorkerTest::aPassThatFailsSkipsItsFrame() {
-    Options options;
+    face::Options options;
     options.scaleFactor = 1.0; // The cascades refuse it.
     const LogCapture log;
     FaceRecognitionWorker worker(5000, nullptr, options);

@@ -31,7 +31,7 @@ struct Scene {
         state = updateFaceTracks(std::move(state), faces, now, lostTimeoutMs);
         return faceOverlays(state, now, lostTimeoutMs);
     }
-    const Track& only() const {
+    const face::Track& only() const {
         Q_ASSERT(state.tracks.size() == 1);
         return state.tracks.front();
     }
@@ -295,7 +295,7 @@ void FaceTracksTest::countersAreBounded() {
 }
 
 void FaceTracksTest::newTracksStartFromNothing() {
-    const Track track;
+    const face::Track track;
     QCOMPARE(track.color, QColor(64, 156, 255));
     QVERIFY(track.rect.empty() && !track.confirmed);
     Scene scene;

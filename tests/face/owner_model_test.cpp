@@ -116,7 +116,7 @@ void OwnerModelTest::theModelKnowsItsSamples() {
     QCOMPARE(distance, 0.0);
     model->predict(cv::Mat(160, 160, CV_8U, cv::Scalar(0)), label, distance);
     QCOMPARE(label, ownerClass);
-    QVERIFY(distance > Options().candidateThreshold);
+    QVERIFY(distance > face::Options().candidateThreshold);
 }
 
 void OwnerModelTest::aStopEndsTheTraining() {

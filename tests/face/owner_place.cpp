@@ -10,9 +10,9 @@
 OwnerPlace::OwnerPlace() {
     cv::CascadeClassifier frontal;
     cv::Mat grey = frameWithFace();
-    if (!loadCascade(frontal, Options().frontalCascadePath))
+    if (!loadCascade(frontal, face::Options().frontalCascadePath))
         qFatal("no frontal cascade");
-    const auto found = detectFacesMulti(frontal, nullptr, grey, Options());
+    const auto found = detectFacesMulti(frontal, nullptr, grey, face::Options());
     if (found.size() != 1 || !QDir().mkpath(QStringLiteral("faces/tavin")))
         qFatal("no sample of the synthetic owner");
     cv::Mat face;

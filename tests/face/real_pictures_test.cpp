@@ -25,7 +25,7 @@ private:
         return findFaces(grey, tools, options, {all}).value();
     }
 
-    Options options;
+    face::Options options;
     FaceTools tools;
     QImage portrait;
 };

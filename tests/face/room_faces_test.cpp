@@ -105,7 +105,7 @@ private:
             elsewhere.seen.append(face.distance);
     }
 
-    Options options;
+    face::Options options;
     FaceTools tools = toolsThatKnowTheRoomsOwner(options);
     std::unique_ptr<virtual_kinect::FrameSource> source = virtual_kinect::makeRoomSource();
     virtual_kinect::FrameSet frames;

@@ -13,7 +13,7 @@
 /// trained with samples of the owner, written to the working folder. From then on OpenCV works in
 /// its callers' threads, as in the program: the threads of its pool wait for each other by asking
 /// again and again, which takes many times as long where other programs want the processor, too.
-inline FaceTools toolsThatKnowTheRoomsOwner(const Options& options) {
+inline FaceTools toolsThatKnowTheRoomsOwner(const face::Options& options) {
     cv::setNumThreads(1);
     if (virtual_kinect::writeOwnerSamples(options.samplesDir) < 1)
         qFatal("no samples of the room's owner");

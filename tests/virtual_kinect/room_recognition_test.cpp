@@ -82,10 +82,10 @@ private Q_SLOTS:
     void anEmptyRoomShowsOnlyThePoster();
 
 private:
-    Looked lookAt(double seconds, const std::string& detector = "frontal");
+    Looked lookAt(double seconds, face::DetectorMode mode = face::DetectorMode::Frontal);
 
     QTemporaryDir folder;
-    Options options;
+    face::Options options;
     FaceTools tools;
     std::unique_ptr<FrameSource> room;
     FrameSet set;
@@ -105,13 +105,13 @@ void RoomRecognitionTest::initTestCase() {
     room = makeRoomSource();
 }
 
-Looked RoomRecognitionTest::lookAt(double seconds, const std::string& detector) {
+Looked RoomRecognitionTest::lookAt(double seconds, face::DetectorMode mode) {
     const auto number = static_cast<std::uint64_t>(std::lround(seconds * framesPerSecond));
     room->render(number, set);
     const cv::Mat color(set.colorHeight, set.colorWidth, CV_8UC4, set.bgrx.data());
     cv::cvtColor(color, gray, cv::COLOR_BGRA2GRAY);
     Looked looked{storySeconds(number), {}, peopleAt(storySeconds(number))};
-    options.detector = detector;
+    options.detector = mode;
     looked.faces = findFaces(gray, tools, options, {}).value().faces;
     return looked;
 }
@@ -226,7 +226,8 @@ void RoomRecognitionTest::profilesAreFound() {
     constexpr int looks = 4;
     int found = 0;
     for (int i = 0; i < looks; ++i) {
-        const Looked looked = lookAt(from + (to - from) * (i + 0.41) / looks, "frontal_or_profile");
+        const Looked looked =
+            lookAt(from + (to - from) * (i + 0.41) / looks, face::DetectorMode::FrontalOrProfile);
         found += faceOf(looked, Person::Owner, detector) != nullptr;
     }
     QVERIFY2(found >= 3, qPrintable(QStringLiteral("%1 of %2").arg(found).arg(looks)));
@@ -234,7 +235,7 @@ void RoomRecognitionTest::profilesAreFound() {
 
 void RoomRecognitionTest::anEmptyRoomShowsOnlyThePoster() {
     for (const double seconds : {1.0, 39.0}) {
-        const Looked looked = lookAt(seconds, "frontal_or_profile");
+        const Looked looked = lookAt(seconds, face::DetectorMode::FrontalOrProfile);
         for (const FaceObservation& face : looked.faces)
             QVERIFY2(shows(face.rect, project(posterFacePlace)),
                      qPrintable(QStringLiteral("%1, %2").arg(face.rect.x).arg(face.rect.y)));

@@ -67,7 +67,7 @@ bool isCascade(const QString& path) {
 
 Finding checkCascades(const Places& places) {
     const QString subject = u"Face cascades"_s;
-    const Options options;
+    const face::Options options;
     for (const std::string& cascade : {options.frontalCascadePath, options.profileCascadePath}) {
         const QString path = QFile::decodeName(cascade.c_str());
         if (!isCascade(places.inSystem(path)))
@@ -87,7 +87,8 @@ Finding checkSamples(const Places& places) {
     const QString subject = u"Owner's samples"_s;
     if (!isUsable(places))
         return {Verdict::NotLookedAt, subject, u"they lie in the working folder"_s, {}};
-    const QString folder = places.folder + u'/' + QFile::decodeName(Options().samplesDir.c_str());
+    const QString folder =
+        places.folder + u'/' + QFile::decodeName(face::Options().samplesDir.c_str());
     std::vector<TrainingSample> samples;
     loadTavinSamples(QFile::encodeName(folder).toStdString(), samples);
     if (samples.empty())
@@ -120,7 +121,8 @@ std::optional<Obstacle> obstacleToWriting(const Places& places) {
     const QString& parent = QFileInfo::exists(models) ? models : places.folder;
     if (!isUsable(places) || !QFileInfo(parent).isDir() || !places.mayAccess(parent, W_OK | X_OK))
         return notMine(isUsable(places) ? parent : places.folder);
-    const QString file = places.folder + u'/' + QFile::decodeName(Options().modelPath.c_str());
+    const QString file =
+        places.folder + u'/' + QFile::decodeName(face::Options().modelPath.c_str());
     if (QFileInfo(file).isDir())
         return Obstacle{file, u"That is a folder: move it away."_s};
     return std::nullopt;

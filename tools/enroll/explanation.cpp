@@ -17,7 +17,7 @@ QString whole(double value) {
     return QString::number(std::lround(value));
 }
 
-QString unlikeSamples(const WhyFacts& facts, const Options& options) {
+QString unlikeSamples(const WhyFacts& facts, const face::Options& options) {
     const QString limit = QString::number(options.candidateThreshold);
     const QString distance = whole(facts.nearest.front().second);
     if (2 * facts.misframed > facts.samples)
@@ -32,13 +32,13 @@ QString unlikeSamples(const WhyFacts& facts, const Options& options) {
 
 } // namespace
 
-bool isRecognized(const WhyFacts& facts, const Options& options) {
+bool isRecognized(const WhyFacts& facts, const face::Options& options) {
     return facts.face && !facts.nearest.empty() &&
            gateFlaw(facts.face->measures, options) == Flaw::None &&
            facts.nearest.front().second <= options.candidateThreshold;
 }
 
-QString whySentence(const WhyFacts& facts, const Options& options) {
+QString whySentence(const WhyFacts& facts, const face::Options& options) {
     if (facts.samples == 0)
         return u"There are no samples: make some with `lumeno-enroll take`, then restart the Control Center."_s;
     if (!facts.face)
@@ -52,7 +52,7 @@ QString whySentence(const WhyFacts& facts, const Options& options) {
         .arg(whole(facts.nearest.front().second), QString::number(options.candidateThreshold));
 }
 
-QStringList whyDetails(const WhyFacts& facts, const Options& options) {
+QStringList whyDetails(const WhyFacts& facts, const face::Options& options) {
     QStringList lines;
     if (!facts.face)
         return {u"Found by: no detector"_s};

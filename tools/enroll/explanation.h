@@ -20,12 +20,12 @@ struct WhyFacts {
 };
 
 /// Whether the Control Center would name the owner now.
-bool isRecognized(const WhyFacts& facts, const Options& options);
+bool isRecognized(const WhyFacts& facts, const face::Options& options);
 
 /// One sentence: the first cause in the order in which recognition meets them, and its cure.
-QString whySentence(const WhyFacts& facts, const Options& options);
+QString whySentence(const WhyFacts& facts, const face::Options& options);
 
 /// The figures behind it, a line each: detector, side, light, sharpness, the three nearest samples.
-QStringList whyDetails(const WhyFacts& facts, const Options& options);
+QStringList whyDetails(const WhyFacts& facts, const face::Options& options);
 
 } // namespace enroll

@@ -24,7 +24,7 @@ DistanceTable tableWithProgress(const SampleCollection& samples, tool::Console& 
 }
 
 std::optional<Detectors> detectorsOrComplaint(tool::Console& console) {
-    std::optional<Detectors> detectors = loadDetectors(Options());
+    std::optional<Detectors> detectors = loadDetectors(face::Options());
     if (!detectors)
         console.complain(cascadeSentence());
     return detectors;

@@ -44,7 +44,7 @@ FaceMeasures measureFace(const cv::Mat& crop) {
             halvesDiffer(crop, light.mean)};
 }
 
-Flaw gateFlaw(const FaceMeasures& measures, const Options& options) {
+Flaw gateFlaw(const FaceMeasures& measures, const face::Options& options) {
     if (measures.sidePx < options.minQualityFaceSize)
         return Flaw::TooSmall;
     if (measures.mean < options.minBrightness)
@@ -56,7 +56,7 @@ Flaw gateFlaw(const FaceMeasures& measures, const Options& options) {
     return measures.sharpness < options.minSharpness ? Flaw::TooBlurry : Flaw::None;
 }
 
-Flaw flawOf(const FaceMeasures& measures, const Options& options) {
+Flaw flawOf(const FaceMeasures& measures, const face::Options& options) {
     const Flaw flaw = gateFlaw(measures, options);
     return flaw == Flaw::None && measures.clippedShare > mostClipped ? Flaw::Clipped : flaw;
 }
@@ -75,7 +75,7 @@ bool isCopy(double distance) {
 Steadiness nextSteadiness(const Steadiness& before, const cv::Rect& box) {
     if (box.empty())
         return {};
-    const bool stayed = before.frames > 0 && rectIou(before.box, box) >= steadyOverlap;
+    const bool stayed = before.frames > 0 && face::rectIou(before.box, box) >= steadyOverlap;
     return {box, stayed ? before.frames + 1 : 1};
 }
 

@@ -63,11 +63,11 @@ inline constexpr double mostHalvesDiffer = 0.35;
 
 /// The first thing for which recognition itself turns a face away, from TooSmall to TooBlurry; None
 /// when it asks the recogniser. The limits are its own options.
-Flaw gateFlaw(const FaceMeasures& measures, const Options& options);
+Flaw gateFlaw(const FaceMeasures& measures, const face::Options& options);
 
 /// The first thing that a sample must have and has not, from TooSmall to Clipped; None when it has
 /// everything.
-Flaw flawOf(const FaceMeasures& measures, const Options& options);
+Flaw flawOf(const FaceMeasures& measures, const face::Options& options);
 
 /// Whether a face without a flaw is as good as one could wish.
 bool meetsWishes(const FaceMeasures& measures);

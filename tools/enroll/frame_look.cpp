@@ -8,13 +8,13 @@
 
 namespace enroll {
 
-std::optional<Detectors> loadDetectors(Options options) {
+std::optional<Detectors> loadDetectors(face::Options options) {
     Detectors detectors;
     if (!loadCascade(detectors.frontal, options.frontalCascadePath))
         return std::nullopt;
     if (!loadCascade(detectors.profile, options.profileCascadePath)) {
         detectors.profile = cv::CascadeClassifier();
-        options.detector = "frontal";
+        options.detector = face::DetectorMode::Frontal;
     }
     detectors.options = std::move(options);
     return detectors;
@@ -22,7 +22,7 @@ std::optional<Detectors> loadDetectors(Options options) {
 
 QString cascadeSentence() {
     return QStringLiteral("The face cascade %1 cannot be loaded: install the package opencv-data.")
-        .arg(QString::fromStdString(Options().frontalCascadePath));
+        .arg(QString::fromStdString(face::Options().frontalCascadePath));
 }
 
 FrameLook lookAtFrame(cv::Mat& gray, Detectors& detectors, const QList<QRect>& bodyRegions,
@@ -65,7 +65,7 @@ void measureDistances(FrameLook& look, const DepthFrame& depth, const QSize& fra
     }
 }
 
-std::vector<const FaceLook*> largeFaces(const FrameLook& look, const Options& options) {
+std::vector<const FaceLook*> largeFaces(const FrameLook& look, const face::Options& options) {
     std::vector<const FaceLook*> large;
     for (const FaceLook& face : look.faces)
         if (face.measures.sidePx >= options.minQualityFaceSize)

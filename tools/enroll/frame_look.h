@@ -21,12 +21,12 @@ namespace enroll {
 struct Detectors {
     cv::CascadeClassifier frontal;
     cv::CascadeClassifier profile; ///< Empty where its file is missing: then frontal faces only.
-    Options options;
+    face::Options options;
 };
 
 /// Loads the cascades that the options name, as the Control Center's worker does. Nothing when the
 /// frontal one cannot be loaded.
-std::optional<Detectors> loadDetectors(Options options);
+std::optional<Detectors> loadDetectors(face::Options options);
 
 /// What to say when the detectors cannot be loaded: one sentence.
 QString cascadeSentence();
@@ -56,7 +56,7 @@ FrameLook lookAtFrame(cv::Mat& gray, Detectors& detectors, const QList<QRect>& b
 void measureDistances(FrameLook& look, const DepthFrame& depth, const QSize& frameSize);
 
 /// The faces that are large enough to be recognised.
-std::vector<const FaceLook*> largeFaces(const FrameLook& look, const Options& options);
+std::vector<const FaceLook*> largeFaces(const FrameLook& look, const face::Options& options);
 
 /// The face with the largest box; null when there is none.
 const FaceLook* largestFace(const FrameLook& look);

@@ -12,7 +12,7 @@ QString whole(double value) {
     return QString::number(std::lround(value));
 }
 
-QString tooSmall(const FaceLook& face, const Options& options) {
+QString tooSmall(const FaceLook& face, const face::Options& options) {
     const double within = metersToComeWithin(face.measures.sidePx, face.meters, options);
     return u"The face is %1 px wide and needs %2: come within about %3 m."_s.arg(
         QString::number(face.measures.sidePx), QString::number(options.minQualityFaceSize),
@@ -33,13 +33,13 @@ QString wrongDistance(const FaceLook& face, const Station* asked) {
 
 } // namespace
 
-double metersToComeWithin(int sidePx, std::optional<double> meters, const Options& options) {
+double metersToComeWithin(int sidePx, std::optional<double> meters, const face::Options& options) {
     const double within = meters ? *meters * sidePx / options.minQualityFaceSize
                                  : metersForSide(options.minQualityFaceSize);
     return std::floor(within * 10.0) / 10.0;
 }
 
-QString cureFor(Flaw flaw, const FaceLook& face, const Options& options) {
+QString cureFor(Flaw flaw, const FaceLook& face, const face::Options& options) {
     const FaceMeasures& measures = face.measures;
     switch (flaw) {
     case Flaw::TooSmall:
@@ -64,7 +64,8 @@ QString cureFor(Flaw flaw, const FaceLook& face, const Options& options) {
     }
 }
 
-QString hintFor(Flaw flaw, const FaceLook* face, const Station* asked, const Options& options) {
+QString hintFor(Flaw flaw, const FaceLook* face, const Station* asked,
+                const face::Options& options) {
     // A station has its own distance, which is nearer than what recognition needs.
     if (flaw == Flaw::TooSmall && asked)
         return comeCloser();

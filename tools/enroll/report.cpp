@@ -37,7 +37,7 @@ bool isGood(const SittingResult& result) {
     return result.walkedAbout ? isEnoughForWalkingAbout(result.folder) : isEnough(result.folder);
 }
 
-QStringList reportLines(const SittingResult& result, const Options& options) {
+QStringList reportLines(const SittingResult& result, const face::Options& options) {
     QStringList lines{u"Kept %1 of %2 frames: %3 near, %4 middle, %5 far."_s.arg(result.kept)
                           .arg(result.framesLookedAt)
                           .arg(result.sitting.near)

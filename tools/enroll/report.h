@@ -22,7 +22,7 @@ struct SittingResult {
 bool isGood(const SittingResult& result);
 
 /// The report, a line each.
-QStringList reportLines(const SittingResult& result, const Options& options);
+QStringList reportLines(const SittingResult& result, const face::Options& options);
 
 /// Why frames were not kept, the most frequent first: "40 moving, 12 too far".
 QString refusalWords(const std::array<int, flawCount>& tally);

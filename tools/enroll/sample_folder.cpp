@@ -30,7 +30,7 @@ std::optional<double> shareOfFace(const cv::Mat& picture, Detectors& detectors) 
     cv::Mat padded;
     cv::copyMakeBorder(picture, padded, border, border, border, border, cv::BORDER_REPLICATE);
     // Finer than in a live frame: there is one face, and its size is the question.
-    Options options = detectors.options;
+    face::Options options = detectors.options;
     options.detectScale = 1.0;
     options.scaleFactor = 1.05;
     options.minNeighbors = 2;

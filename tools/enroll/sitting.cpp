@@ -25,7 +25,7 @@ constexpr double otherHalves = 0.10;
 
 } // namespace
 
-Sitting::Sitting(SittingMode sittingMode, const Options& settings, qint64 nowMs)
+Sitting::Sitting(SittingMode sittingMode, const face::Options& settings, qint64 nowMs)
     : mode(sittingMode), options(settings), plan(startPlan(nowMs)), bins(emptyBins()) {}
 
 Flaw Sitting::offer(const FrameLook& look) {
@@ -119,7 +119,7 @@ void Sitting::followPerson(const FrameLook& look) {
     const FaceLook* same = nullptr;
     double best = followedOverlap;
     for (const FaceLook& face : look.faces) {
-        if (const double overlap = rectIou(person.box, face.box); overlap >= best) {
+        if (const double overlap = face::rectIou(person.box, face.box); overlap >= best) {
             same = &face;
             best = overlap;
         }

@@ -38,7 +38,7 @@ inline constexpr int mostSamples = 60;
 /// the wrong one may be left.
 class Sitting {
 public:
-    Sitting(SittingMode mode, const Options& options, qint64 nowMs);
+    Sitting(SittingMode mode, const face::Options& options, qint64 nowMs);
 
     /// Looks at one frame. None: it was kept.
     Flaw offer(const FrameLook& look);
@@ -78,7 +78,7 @@ private:
     void dropStation(std::size_t station);
 
     SittingMode mode;
-    Options options;
+    face::Options options;
     StationPlan plan;
     AutoBins bins;
     Steadiness steadiness;

@@ -16,7 +16,7 @@ namespace enroll {
 using namespace Qt::StringLiterals;
 
 QString samplesFolder() {
-    const QString samples = QFile::decodeName(Options().samplesDir.c_str());
+    const QString samples = QFile::decodeName(face::Options().samplesDir.c_str());
     const QString started =
         tool::programFolder(QCoreApplication::applicationDirPath(), QDir::homePath());
     // A short name reads better where it means the same.

@@ -19,7 +19,7 @@ constexpr qint64 mostSeconds = 3600;
 /// Looks at strangers: nothing of them outlives the command but the distances in its report.
 class StrangerLooks {
 public:
-    StrangerLooks(const SampleCollection& samples, const Options& settings)
+    StrangerLooks(const SampleCollection& samples, const face::Options& settings)
         : index(indexOf(samples)), options(settings) {}
 
     void add(const FrameLook& look) {
@@ -31,7 +31,7 @@ public:
 
 private:
     SampleIndex index;
-    Options options;
+    face::Options options;
     DistanceTable table;
 };
 

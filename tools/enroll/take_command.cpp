@@ -143,7 +143,7 @@ private:
     }
 
     const TakeOptions wanted;
-    const Options options;
+    const face::Options options;
     tool::Console& console;
     SensorFeed feed;
     SittingWriter writer;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int watchSeconds = 10;
 
-void setFace(WhyFacts& facts, const FrameLook& look, const Options& options) {
+void setFace(WhyFacts& facts, const FrameLook& look, const face::Options& options) {
     if (const FaceLook* face = largestFace(look))
         facts.face = *face;
     facts.largeFaces = int(largeFaces(look, options).size());

@@ -25,7 +25,7 @@ QString noPicturePrompt() {
 
 } // namespace
 
-WindowSession::WindowSession(const Options& settings, Writer write, Surveyor survey)
+WindowSession::WindowSession(const face::Options& settings, Writer write, Surveyor survey)
     : options(settings), writer(std::move(write)), surveyor(std::move(survey)) {}
 
 void WindowSession::onLook(const FrameLook& look) {

@@ -40,7 +40,7 @@ public:
     /// What the folder would hold with these samples: fills in what a report says of the folder.
     using Surveyor = std::function<void(const std::vector<KeptSample>&, SittingResult&)>;
 
-    WindowSession(const Options& options, Writer writer, Surveyor surveyor);
+    WindowSession(const face::Options& options, Writer writer, Surveyor surveyor);
 
     // What the sensor says.
     void onLook(const FrameLook& look);
@@ -70,7 +70,7 @@ private:
     void endWhenOver();
     QString promptText() const;
 
-    Options options;
+    face::Options options;
     Writer writer;
     Surveyor surveyor;
     WindowPhase phase = WindowPhase::Opening;

@@ -58,7 +58,7 @@ cv::Rect aroundHead(const PersonMoment& owner) {
 }
 
 cv::Mat sampleAt(double seconds, FrameSource& source, FrameSet& frames,
-                 cv::CascadeClassifier& cascade, const Options& options) {
+                 cv::CascadeClassifier& cascade, const face::Options& options) {
     const std::optional<PersonMoment> owner = ownerAt(seconds);
     if (!owner)
         return {};
@@ -73,13 +73,13 @@ cv::Mat sampleAt(double seconds, FrameSource& source, FrameSet& frames,
     if (box == faces.end())
         return {};
     const cv::Mat face = gray(*box & cv::Rect({}, gray.size())).clone();
-    return faceQuality(face, options) == "accepted" ? recognizerInput(face) : cv::Mat();
+    return faceQuality(face, options) == FaceQuality::Accepted ? recognizerInput(face) : cv::Mat();
 }
 
 } // namespace
 
 int writeOwnerSamples(const std::filesystem::path& folder) {
-    const Options options;
+    const face::Options options;
     cv::CascadeClassifier cascade;
     if (!loadCascade(cascade, options.frontalCascadePath))
         throw std::runtime_error("cannot load the face cascade " + options.frontalCascadePath);
