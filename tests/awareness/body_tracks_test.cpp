@@ -297,34 +297,34 @@ void BodyTracksTest::aFaceBesideTheBodyDoesNot() {
 void BodyTracksTest::theOwnersFaceMustOverlapByTwoPercent_data() {
     QTest::addColumn<int>("columns");
     QTest::addColumn<bool>("linked");
-    QTest::newRow("exactly 12 of 600") << 12 << false;
-    QTest::newRow("13 of 599") << 13 << true;
+    QTest::newRow("exactly 1200 of 60000") << 1200 << false;
+    QTest::newRow("1201 of 59999") << 1201 << true;
 }
 
 void BodyTracksTest::theOwnersFaceMustOverlapByTwoPercent() {
     QFETCH(int, columns);
-    // The body of a face of 102x100 is expected in a box of 306x500.
-    const FaceOverlay owner = overlays::face(identity::owner, QRect(802, 300, 102, 100));
-    const QRect expected(700, 200, 306, 500);
+    // The body of a face of 10200x100 is expected in a box of 30600x500.
+    const FaceOverlay owner = overlays::face(identity::owner, QRect(10900, 300, 10200, 100));
+    const QRect expected(700, 200, 30600, 500);
     Tracks tracks;
-    tracks.match({candidate(expected.translated(306 - columns, 0))}, start, {owner});
+    tracks.match({candidate(expected.translated(30600 - columns, 0))}, start, {owner});
     QTEST(tracks.list[0].tavin, "linked");
 }
 
 void BodyTracksTest::theOwnersFaceCoversABodyFromFourPercentOn_data() {
     QTest::addColumn<int>("columns");
     QTest::addColumn<bool>("covered");
-    QTest::newRow("exactly 6 of 150") << 6 << false;
-    QTest::newRow("7 of 149") << 7 << true;
+    QTest::newRow("exactly 600 of 15000") << 600 << false;
+    QTest::newRow("601 of 14999") << 601 << true;
 }
 
 void BodyTracksTest::theOwnersFaceCoversABodyFromFourPercentOn() {
     QFETCH(int, columns);
     QFETCH(bool, covered);
-    // The body of a face of 26x100 is expected in a box of 78x500.
-    const FaceOverlay owner = overlays::face(identity::owner, QRect(726, 300, 26, 100));
+    // The body of a face of 2600x100 is expected in a box of 7800x500.
+    const FaceOverlay owner = overlays::face(identity::owner, QRect(3300, 300, 2600, 100));
     BodyTrack track;
-    track.rect = QRect(700, 200, 78, 500).translated(78 - columns, 0);
+    track.rect = QRect(700, 200, 7800, 500).translated(7800 - columns, 0);
     track.stable = true;
     QList<FaceOverlay> list{owner};
     appendBodyOverlays(list, {track}, start);
