@@ -1,6 +1,7 @@
 #include "face/face_recognition_worker.h"
 
 #include "app/record_types.h"
+#include "support/processor_time.h"
 #include "support/temporary_place.h"
 #include "synthetic_face.h"
 #include "ui/main_window.h"
@@ -17,6 +18,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int longMs = 300'000;
+/// Processor time within which a stop is answered: what the window waits. The clock would measure
+/// the machine, since the search for faces gives way to everybody.
+constexpr qint64 answerMs = 3000;
 constexpr qint64 bytesPerSample = 50'000; // of the model's file, at least
 
 /// A quarter of them takes the same steps in a quarter of the time.
@@ -100,11 +104,12 @@ void FaceStartStopTest::aStopIsAnsweredAtAnyMoment() {
     FaceRecognitionWorker worker(5000);
     worker.start();
     QTest::qWait(momentMs());
-    QElapsedTimer timer;
-    timer.start();
+    const qint64 usedBefore = processMs();
     worker.stop();
-    QVERIFY(worker.wait(3000));
-    qInfo() << "stopped after" << timer.elapsed() << "ms";
+    QVERIFY(worker.wait(longMs));
+    const qint64 used = processMs() - usedBefore;
+    qInfo() << "stopped after" << used << "ms";
+    QVERIFY(used < answerMs);
 }
 
 void FaceStartStopTest::theWindowClosesAtAnyMoment() {
@@ -112,12 +117,13 @@ void FaceStartStopTest::theWindowClosesAtAnyMoment() {
     auto window = std::make_unique<MainWindow>(false, false, false, false, 5000, false);
     window->show();
     QTest::qWait(momentMs());
-    QElapsedTimer timer;
-    timer.start();
+    const qint64 usedBefore = processMs();
     window.reset();
-    qInfo() << "closed after" << timer.elapsed() << "ms";
-    QVERIFY(timer.elapsed() < 3000);
-    QVERIFY(!WorkerThread::anyLetGoStillRuns());
+    // Where it got no processor for the time that the window waits, it was let go.
+    QTRY_VERIFY_WITH_TIMEOUT(!WorkerThread::anyLetGoStillRuns(), longMs);
+    const qint64 used = processMs() - usedBefore;
+    qInfo() << "closed after" << used << "ms";
+    QVERIFY(used < answerMs);
 }
 
 void FaceStartStopTest::aStopWhileTheModelIsWrittenLeavesNoFile() {
@@ -126,7 +132,7 @@ void FaceStartStopTest::aStopWhileTheModelIsWrittenLeavesNoFile() {
     worker.start();
     QVERIFY(QTest::qWaitFor([] { return QDir(u"models"_s).exists(); }, longMs));
     worker.stop();
-    QVERIFY(worker.wait(3000));
+    QVERIFY(worker.wait(longMs));
     QVERIFY(QDir(u"models"_s)
                 .isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot));
 }
