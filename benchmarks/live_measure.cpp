@@ -4,12 +4,17 @@
 //
 //   live_measure VIEW SECONDS      VIEW is rgb, combo, follow, …; see scripts/measure.sh
 //
+// On the virtual room it also says how soon people were marked, how long something wrong was shown,
+// and what everything cost while somebody was there and while nobody was.
+//
 // Nothing in the program knows of it: arrival is heard on the worker's own signal, and painting is
 // timed around the paint event of the tile that is on screen.
 
 #include "app/memory_policy.h"
 #include "app/record_types.h"
+#include "face/face_recognition_worker.h"
 #include "kinect/kinect_stream_worker.h"
+#include "story_meter.h"
 #include "ui/main_window.h"
 #include "ui/stream_image_widget.h"
 
@@ -97,6 +102,8 @@ public:
         connect(
             worker, &KinectStreamWorker::framesReady, this, [this] { ++delivered; },
             Qt::QueuedConnection);
+        connect(window.findChild<FaceRecognitionWorker*>(), &FaceRecognitionWorker::overlaysReady,
+                this, [this](const QList<FaceOverlay>& overlays) { story.heard(overlays); });
         for (StreamImageWidget* tile : window.findChildren<StreamImageWidget*>())
             tile->installEventFilter(this);
     }
@@ -125,7 +132,14 @@ public:
         } else if (large) {
             painted = delivered;
         }
+        if (large && delivered > 0)
+            story.painted(secondsSinceFirstFrame());
         return true;
+    }
+
+    double secondsSinceFirstFrame() {
+        const QMutexLocker lock(&mutex);
+        return arrivals.empty() ? 0.0 : static_cast<double>(nowUs() - arrivals.front()) / 1e6;
     }
 
     void print() const {
@@ -135,9 +149,12 @@ public:
         std::printf("delay_ms_p95 %.2f\n", percentile(delays, 0.95));
         std::printf("delay_ms_p99 %.2f\n", percentile(delays, 0.99));
         std::printf("painting_ms_median %.2f\n", percentile(paintings, 0.5));
+        if (qgetenv("LUMENO_VIRTUAL_KINECT") == "room")
+            story.print();
     }
 
 private:
+    StoryMeter story;
     QMutex mutex;
     std::vector<qint64> arrivals;
     std::vector<qint64> delays;
@@ -147,6 +164,54 @@ private:
     int shown = 0;
     bool counting = false;
     qint64 startedUs = 0;
+};
+
+/// Processor use of all threads but the stand-in's, apart for times with and without people.
+class UseByCompany {
+public:
+    /// To be called about once a second.
+    void sample(double seconds) {
+        double used = 0.0;
+        const QMap<QString, double> threads = secondsByThread();
+        for (auto thread = threads.begin(); thread != threads.end(); ++thread) {
+            if (!thread.key().startsWith(u"virtual-"_s))
+                used += thread.value();
+        }
+        const bool somebody = StoryMeter::somebodyThere(seconds);
+        if (begun && somebody == somebodyBefore) {
+            (somebody ? accompanied : alone).used += used - usedBefore;
+            (somebody ? accompanied : alone).lasted += seconds - secondsBefore;
+        }
+        begun = true;
+        somebodyBefore = somebody;
+        usedBefore = used;
+        secondsBefore = seconds;
+    }
+    void print() const {
+        const bool inRoom = qgetenv("LUMENO_VIRTUAL_KINECT") == "room";
+        const Share all{accompanied.used + alone.used, accompanied.lasted + alone.lasted};
+        all.print("all");
+        if (inRoom) {
+            accompanied.print("with_people");
+            alone.print("with_nobody");
+        }
+    }
+
+private:
+    struct Share {
+        double used = 0.0;
+        double lasted = 0.0;
+        void print(const char* when) const {
+            if (lasted > 0.0)
+                std::printf("cpu_percent_total_%s %.1f\n", when, 100.0 * used / lasted);
+        }
+    };
+    Share accompanied;
+    Share alone;
+    bool begun = false;
+    bool somebodyBefore = false;
+    double usedBefore = 0.0;
+    double secondsBefore = 0.0;
 };
 
 void printThreads(const QMap<QString, double>& before, double seconds) {
@@ -187,13 +252,19 @@ int main(int argc, char** argv) {
 
     QMap<QString, double> before;
     double afterHalfAMinute = 0.0;
+    UseByCompany use;
+    QTimer eachSecond;
+    QObject::connect(&eachSecond, &QTimer::timeout, &window,
+                     [&] { use.sample(meter.secondsSinceFirstFrame()); });
     QTimer::singleShot(warmUpMs, &window, [&] {
         before = secondsByThread();
         meter.startCounting();
+        eachSecond.start(1000);
     });
     QTimer::singleShot(30000, &window, [&] { afterHalfAMinute = residentMib(); });
     QTimer::singleShot(seconds * 1000, &window, [&] {
         meter.print();
+        use.print();
         printThreads(before, seconds - warmUpMs / 1000.0);
         std::printf("memory_mib_after_30s %.0f\n", afterHalfAMinute);
         std::printf("memory_mib_at_end %.0f\n", residentMib());
