@@ -52,7 +52,7 @@ say_sensor_library() {
     awk '/^-- Sensor library: / { print substr($0, 4); next }
          /^CMake Warning at cmake\/Sensor\.cmake/ { warning = "Warning:"; next }
          warning != "" && /^(Call Stack|$)/ { print warning; warning = ""; next }
-         warning != "" { sub(/^ +/, ""); warning = warning " " $0 }' "$1" >&2
+         warning != "" { sub(/^ +/, ""); gsub(/  +/, " "); warning = warning " " $0 }' "$1" >&2
 }
 
 # build_preset PRESET FOLDER [cmake --build arguments]: configures and builds; quiet unless it fails,

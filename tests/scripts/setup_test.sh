@@ -32,7 +32,7 @@ cat >"$work/warning.log" <<'LOG'
 -- Sensor library: libfreenect2, /opt/lib/libfreenect2.so (found by pkg-config)
 CMake Warning at cmake/Sensor.cmake:98 (message):
   This libfreenect2 was built without C++11 threading: waiting for a frame
-  never times out.
+  never times out.  Build it again.
 Call Stack (most recent call first):
   cmake/Sensor.cmake:120 (_lumeno_warn_about_endless_wait)
 
@@ -42,7 +42,7 @@ CMake Warning at tests/CMakeLists.txt:3 (message):
 LOG
 expect "a warning about it in one line, and no others" \
     "Sensor library: libfreenect2, /opt/lib/libfreenect2.so (found by pkg-config)
-Warning: This libfreenect2 was built without C++11 threading: waiting for a frame never times out." \
+Warning: This libfreenect2 was built without C++11 threading: waiting for a frame never times out. Build it again." \
     "$(say_sensor_library "$work/warning.log" 2>&1)"
 
 cat >"$work/tests.log" <<'LOG'
