@@ -53,7 +53,7 @@ struct BareSearch {
                Searched searched = Searched::everything) {
         Scripted frontal;
         Scripted profile;
-        cv::Mat grey = greyFrame(frame);
+        cv::Mat grey = grayFrame(frame);
         if (searched == Searched::everything)
             detectFacesMulti(frontal.cascade, &profile.cascade, grey, options);
         detectFacesInBodyRegions(frontal.cascade, &profile.cascade, grey, options, bodies);
@@ -136,7 +136,7 @@ struct State {
     }
     /// From the frame to what is shown.
     void pass() {
-        cv::Mat grey = greyFrame(frame);
+        cv::Mat grey = grayFrame(frame);
         const FacePass found = findFaces(grey, tools, options, bodies).value();
         now += 180;
         tracks = updateFaceTracks(std::move(tracks), found.faces, now, lostMs);

@@ -24,7 +24,8 @@ constexpr int regionMinQualityFaceSize = 34;
 constexpr int regionMinWidth = 60;
 constexpr int regionMinHeight = 120;
 constexpr int headMinSide = 40;
-/// A lower body is most likely a head and shoulders: its crop has this height instead of half.
+/// A box lower than `lowBodyHeight` is most likely only head and shoulders: half of it would cut
+/// the head, so that its crop has this height.
 constexpr int headLowBodyHeight = 80;
 constexpr int lowBodyHeight = 160;
 /// Wide crops hold near people, whose faces need less enlarging.
@@ -50,17 +51,17 @@ bool shrinks(const Options& options) {
 }
 
 /// The image that a cascade searches; empty when shrinking leaves no pixel.
-cv::Mat prepared(const cv::Mat& grey, const Options& options) {
+cv::Mat prepared(const cv::Mat& gray, const Options& options) {
     cv::Mat image;
     if (shrinks(options)) {
-        const cv::Size size(cvRound(grey.cols * options.detectScale),
-                            cvRound(grey.rows * options.detectScale));
+        const cv::Size size(cvRound(gray.cols * options.detectScale),
+                            cvRound(gray.rows * options.detectScale));
         if (size.empty())
             return image;
-        cv::resize(grey, image, cv::Size(), options.detectScale, options.detectScale,
+        cv::resize(gray, image, cv::Size(), options.detectScale, options.detectScale,
                    cv::INTER_AREA);
     } else {
-        image = grey;
+        image = gray;
     }
     if (!image.empty())
         cv::equalizeHist(image, image);
@@ -83,35 +84,36 @@ std::vector<cv::Rect> detectPrepared(cv::CascadeClassifier& cascade, const cv::M
     return hits;
 }
 
-/// Makes what the detectors of one image search, each picture once where that changes no pixel.
+/// The pictures in which the detectors of one image search: each is made once where sharing it
+/// changes no pixel.
 class SearchImages {
 public:
     SearchImages(const cv::Mat& source, const Options& settings)
-        : grey(source), options(settings) {}
+        : gray(source), options(settings) {}
 
     const cv::Mat& upright() {
-        // An unshrunk image is equalised in place, and anew for every detector: equalising a second
-        // time does change pixels, so the result of the first time cannot stand for it.
+        // An image that is not shrunk is equalized in place, again for every detector: equalizing
+        // a second time changes pixels, so the first result cannot be used instead.
         if (shrunk.empty() || !shrinks(options))
-            shrunk = prepared(grey, options);
+            shrunk = prepared(gray, options);
         return shrunk;
     }
 
     cv::Mat mirrored() {
         cv::Mat mirror;
         // Halving an even width takes the same pairs of columns from either side; in general the
-        // mirror image has to be shrunk on its own. Equalising does not care where pixels are.
-        if (options.detectScale == 0.5 && grey.cols % 2 == 0) {
+        // mirror image has to be shrunk on its own. Equalizing does not depend on where a pixel is.
+        if (options.detectScale == 0.5 && gray.cols % 2 == 0) {
             if (!upright().empty())
                 cv::flip(upright(), mirror, 1);
             return mirror;
         }
-        cv::flip(grey, mirror, 1);
+        cv::flip(gray, mirror, 1);
         return prepared(mirror, options);
     }
 
 private:
-    const cv::Mat& grey;
+    const cv::Mat& gray;
     const Options& options;
     cv::Mat shrunk;
 };
@@ -174,22 +176,22 @@ int detectorPriority(const std::string& detector) {
     return detector == leftName || detector == rightName ? 2 : 1;
 }
 
-std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& grey,
+std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& gray,
                                   const Options& options) {
-    return detectPrepared(cascade, prepared(grey, options), options);
+    return detectPrepared(cascade, prepared(gray, options), options);
 }
 
 std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascade,
-                                            cv::CascadeClassifier* profileCascade, cv::Mat& grey,
+                                            cv::CascadeClassifier* profileCascade, cv::Mat& gray,
                                             const Options& options, const std::stop_token& stop) {
     std::vector<FaceDetection> found;
-    if (grey.empty())
+    if (gray.empty())
         return found;
     const auto selects = [&options, &stop](DetectorMode mode) {
         return (options.detector == mode || options.detector == DetectorMode::FrontalOrProfile) &&
                !stop.stop_requested();
     };
-    SearchImages images(grey, options);
+    SearchImages images(gray, options);
     if (selects(DetectorMode::Frontal)) {
         for (const cv::Rect& hit : detectPrepared(frontalCascade, images.upright(), options))
             found.push_back({hit, frontalName});
@@ -200,7 +202,7 @@ std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascad
     }
     if (profileCascade && selects(DetectorMode::ProfileRight)) {
         for (cv::Rect hit : detectPrepared(*profileCascade, images.mirrored(), options)) {
-            hit.x = grey.cols - hit.x - hit.width;
+            hit.x = gray.cols - hit.x - hit.width;
             found.push_back({hit, rightName});
         }
     }
@@ -209,7 +211,7 @@ std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascad
 
 std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& frontalCascade,
                                                     cv::CascadeClassifier* profileCascade,
-                                                    const cv::Mat& grey, const Options& options,
+                                                    const cv::Mat& gray, const Options& options,
                                                     const QList<QRect>& bodyRegions,
                                                     const std::stop_token& stop) {
     Options cropOptions = options;
@@ -219,14 +221,14 @@ std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& front
 
     std::vector<FaceDetection> found;
     for (const QRect& body : bodyRegions) {
-        const cv::Rect crop = headCrop(body, grey.size());
+        const cv::Rect crop = headCrop(body, gray.size());
         if (crop.empty())
             continue;
         if (stop.stop_requested())
             break;
         const double factor = crop.width >= wideCrop ? 1.5 : 2.0;
         cv::Mat enlarged;
-        cv::resize(grey(crop), enlarged, cv::Size(), factor, factor, cv::INTER_CUBIC);
+        cv::resize(gray(crop), enlarged, cv::Size(), factor, factor, cv::INTER_CUBIC);
         for (const FaceDetection& hit :
              detectFacesMulti(frontalCascade, profileCascade, enlarged, cropOptions, stop)) {
             found.push_back({cv::Rect(static_cast<int>(hit.rect.x / factor) + crop.x,

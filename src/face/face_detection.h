@@ -12,7 +12,7 @@
 
 /// One hit of one detector.
 struct FaceDetection {
-    cv::Rect rect;        ///< Face box in pixels of the whole grey frame.
+    cv::Rect rect;        ///< Face box in pixels of the whole gray frame.
     std::string detector; ///< "frontal", "profile_left" or "profile_right"; from a body region with
                           ///< "+far_crop" appended.
 };
@@ -33,29 +33,29 @@ double rectIou(const cv::Rect& a, const cv::Rect& b);
 /// "profile_left" or "profile_right", 1 for anything else, names with "+far_crop" included.
 int detectorPriority(const std::string& detector);
 
-/// Runs one cascade over one 8-bit grey image and returns the hits in full-resolution pixels, in
+/// Runs one cascade over one 8-bit gray image and returns the hits in full-resolution pixels, in
 /// the cascade's order. The image is shrunk by `detectScale` when that is below 1.0; otherwise it
-/// is searched as it is, and then its own pixels are equalised in place. Throws cv::Exception where
+/// is searched as it is, and then its own pixels are equalized in place. Throws cv::Exception where
 /// OpenCV does, for example for an image of another type.
-std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& grey,
+std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& gray,
                                   const face::Options& options);
 
-/// Runs the detectors that `options.detector` selects over one 8-bit grey image and returns their
+/// Runs the detectors that `options.detector` selects over one 8-bit gray image and returns their
 /// merged hits. A null profile cascade skips the profile
 /// detectors. What detectors need in common is made once, with the same pixels as if detectFaces()
-/// had made it for each; `grey` is changed as detectFaces() says. `stop` is asked before each
+/// had made it for each; `gray` is changed as detectFaces() says. `stop` is asked before each
 /// detector, and ends the search with what was found so far.
 std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascade,
-                                            cv::CascadeClassifier* profileCascade, cv::Mat& grey,
+                                            cv::CascadeClassifier* profileCascade, cv::Mat& gray,
                                             const face::Options& options,
                                             const std::stop_token& stop = {});
 
 /// Searches the upper part of each body, enlarged, so that small faces of people far from the
-/// sensor are found. `bodyRegions` are in pixels of `grey`, which is not changed; regions outside
-/// it, or too small after clipping, are skipped. Returns the merged hits in pixels of `grey`.
+/// sensor are found. `bodyRegions` are in pixels of `gray`, which is not changed; regions outside
+/// it, or too small after clipping, are skipped. Returns the merged hits in pixels of `gray`.
 std::vector<FaceDetection> detectFacesInBodyRegions(cv::CascadeClassifier& frontalCascade,
                                                     cv::CascadeClassifier* profileCascade,
-                                                    const cv::Mat& grey,
+                                                    const cv::Mat& gray,
                                                     const face::Options& options,
                                                     const QList<QRect>& bodyRegions,
                                                     const std::stop_token& stop = {});

@@ -7,9 +7,9 @@
 
 namespace {
 
-/// Asks the recogniser about a face. Samples are taken as they lie, faces are equalised; the
-/// candidate threshold was chosen with that difference in place.
-void recognise(FaceObservation& face, const cv::Mat& crop, cv::face::FaceRecognizer& recognizer,
+/// Asks the recognizer about a face. Samples are used as they are and faces are equalized: the
+/// threshold was chosen with that difference.
+void recognize(FaceObservation& face, const cv::Mat& crop, cv::face::FaceRecognizer& recognizer,
                const face::Options& options) {
     int label = -1;
     recognizer.predict(recognizerInput(crop), label, face.distance);
@@ -18,38 +18,38 @@ void recognise(FaceObservation& face, const cv::Mat& crop, cv::face::FaceRecogni
 
 } // namespace
 
-cv::Mat greyFrame(const QImage& frame) {
-    cv::Mat grey;
+cv::Mat grayFrame(const QImage& frame) {
+    cv::Mat gray;
     const QImage rgb = frame.convertToFormat(QImage::Format_RGB888);
     if (rgb.isNull())
-        return grey;
+        return gray;
     const cv::Mat pixels(rgb.height(), rgb.width(), CV_8UC3, const_cast<uchar*>(rgb.constBits()),
                          static_cast<std::size_t>(rgb.bytesPerLine()));
-    cv::cvtColor(pixels, grey, cv::COLOR_RGB2GRAY);
-    return grey;
+    cv::cvtColor(pixels, gray, cv::COLOR_RGB2GRAY);
+    return gray;
 }
 
-std::optional<FacePass> findFaces(cv::Mat& grey, FaceTools& tools, const face::Options& options,
+std::optional<FacePass> findFaces(cv::Mat& gray, FaceTools& tools, const face::Options& options,
                                   const QList<QRect>& bodyRegions, const std::stop_token& stop) {
     cv::CascadeClassifier* profile = tools.profile.empty() ? nullptr : &tools.profile;
     std::vector<FaceDetection> found =
-        detectFacesMulti(tools.frontal, profile, grey, options, stop);
+        detectFacesMulti(tools.frontal, profile, gray, options, stop);
     const std::vector<FaceDetection> inRegions =
-        detectFacesInBodyRegions(tools.frontal, profile, grey, options, bodyRegions, stop);
+        detectFacesInBodyRegions(tools.frontal, profile, gray, options, bodyRegions, stop);
     found.insert(found.end(), inRegions.begin(), inRegions.end());
 
     FacePass pass;
     pass.bodyRegionFaces = static_cast<int>(inRegions.size());
-    const cv::Rect frame(0, 0, grey.cols, grey.rows);
+    const cv::Rect frame(0, 0, gray.cols, gray.rows);
     for (const FaceDetection& detection : dedupeDetections(std::move(found))) {
         if (stop.stop_requested())
             return std::nullopt;
         FaceObservation face{detection.rect & frame, detection.detector};
         if (face.rect.empty())
             continue;
-        const cv::Mat crop = grey(face.rect);
+        const cv::Mat crop = gray(face.rect);
         if (faceQuality(crop, options) == FaceQuality::Accepted)
-            recognise(face, crop, *tools.recognizer, options);
+            recognize(face, crop, *tools.recognizer, options);
         pass.faces.push_back(std::move(face));
     }
     if (stop.stop_requested())

@@ -27,13 +27,13 @@ struct FacePass {
     int bodyRegionFaces = 0;            ///< Hits of the body-region pass, before they were merged.
 };
 
-/// The frame in grey, 8 bits, of its own size; empty for a null image.
-cv::Mat greyFrame(const QImage& frame);
+/// The frame in gray, 8 bits, of its own size; empty for a null image.
+cv::Mat grayFrame(const QImage& frame);
 
-/// Finds the faces of one grey frame, on the whole and in the body regions (frame pixels), merges
-/// them, and asks the recogniser about those that are good enough. `stop` is asked between the
+/// Finds the faces of one gray frame, on the whole and in the body regions (frame pixels), merges
+/// them, and asks the recognizer about those that are good enough. `stop` is asked between the
 /// detectors and between the faces; nothing is returned when it was requested before the end.
 /// Throws cv::Exception where OpenCV does.
-std::optional<FacePass> findFaces(cv::Mat& grey, FaceTools& tools, const face::Options& options,
+std::optional<FacePass> findFaces(cv::Mat& gray, FaceTools& tools, const face::Options& options,
                                   const QList<QRect>& bodyRegions,
                                   const std::stop_token& stop = {});

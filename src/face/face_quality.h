@@ -4,16 +4,16 @@
 
 #include <opencv2/core.hpp>
 
-/// What the light makes of a face, in grey levels from 0 to 255.
+/// What the light makes of a face, in gray levels from 0 to 255.
 struct FaceLight {
     double mean = 0.0;
     double deviation = 0.0; ///< Standard deviation: the contrast.
 };
 
-/// Mean and contrast of an 8-bit grey crop.
+/// Mean and contrast of an 8-bit gray crop.
 FaceLight faceLight(const cv::Mat& face);
 
-/// Variance of the Laplacian of an 8-bit grey crop, in grey levels squared: higher is sharper.
+/// Variance of the Laplacian of an 8-bit gray crop, in gray levels squared: higher is sharper.
 double faceSharpness(const cv::Mat& face);
 
 /// Whether a face is good enough for recognition, or the first test that it fails; the tests are

@@ -117,7 +117,7 @@ void FaceRecognitionWorker::work() {
     Q_EMIT statusChanged(u"Face recognition stopped"_s);
 }
 
-/// Reads the samples, trains the recogniser and writes its model; gives the number of samples, or
+/// Reads the samples, trains the recognizer and writes its model; gives the number of samples, or
 /// nothing when there are none or the work was stopped.
 std::optional<int> FaceRecognitionWorker::learnOwner(FaceTools& tools) {
     const std::stop_token stop = stopToken();
@@ -158,16 +158,16 @@ bool FaceRecognitionWorker::loadCascades(FaceTools& tools) {
     return true;
 }
 
-/// The cascades keep working memory for the largest picture that they ever searched. An empty frame
-/// with a body that fills it gives them all they will ever need, so that the program does not grow
-/// when somebody first stands close, minutes or hours later. Nothing in it looks like a face, so it
-/// is quick.
+/// The cascades keep working memory for the largest picture that they ever searched. Searching an
+/// empty frame with a body that fills it makes them take all of it now, so that the program does
+/// not grow when somebody first stands close, perhaps hours later. It is quick, since nothing in
+/// the frame looks like a face.
 void FaceRecognitionWorker::searchLargestFrame(FaceTools& tools) {
     cv::Mat empty(sensor::colorHeight, sensor::colorWidth, CV_8U, cv::Scalar(0));
     try {
         findFaces(empty, tools, options, {QRect(0, 0, empty.cols, empty.rows)}, stopToken());
     } catch (const std::exception&) {
-        // What fails here fails with every frame, and is said there.
+        // What fails here fails with every frame, and is logged there.
     }
 }
 
@@ -208,12 +208,12 @@ std::optional<FaceRecognitionWorker::HandedOver> FaceRecognitionWorker::waitForF
 }
 
 void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tools) {
-    cv::Mat grey = greyFrame(input.frame.image());
-    if (grey.empty())
+    cv::Mat gray = grayFrame(input.frame.image());
+    if (gray.empty())
         return;
     const qint64 nowMs = QDateTime::currentMSecsSinceEpoch();
     const qint64 beganMs = steadyMs();
-    const auto pass = findFaces(grey, tools, options, input.bodyRegions, stopToken());
+    const auto pass = findFaces(gray, tools, options, input.bodyRegions, stopToken());
     if (!pass)
         return;
     if (pass->bodyRegionFaces > 0) {

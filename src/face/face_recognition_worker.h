@@ -13,7 +13,7 @@
 #include <QRect>
 #include <optional>
 
-/// Finds faces in the newest colour frame and tells the owner from strangers, on a thread of its
+/// Finds faces in the newest color frame and tells the owner from strangers, on a thread of its
 /// own.
 ///
 /// Contract, beside that of WorkerThread:

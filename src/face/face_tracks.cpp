@@ -29,13 +29,14 @@ constexpr int maxHits = 12;
 constexpr int maxVotes = 8;
 
 // An unknown face is shown only when it is seen often, long and large enough. Profile cascades and
-// enlarged crops err more often than the frontal one, so they have to see it more often.
+// enlarged crops give more false hits than the frontal cascade in the frame, so they need more of
+// them.
 constexpr int frontalHitsToConfirm = 5;
 constexpr int otherHitsToConfirm = 8;
 constexpr int confirmLargerThanPx = 84;
 constexpr qint64 confirmAfterMs = 1200;
 
-// Being the owner is sticky: this many predictions to the contrary in a row are forgiven.
+// The owner stays the owner through this many predictions in a row that say otherwise.
 constexpr int forgivenStreak = 7;
 
 constexpr qint64 unshownKeptMs = 900;
@@ -112,7 +113,7 @@ QString renewedLabel(const Track& track, const FaceObservation& face, qint64 now
     const bool stays = track.label == identity::owner &&
                        nowMs - track.lastOwnerMs <= lostTimeoutMs &&
                        track.nonOwnerStreak <= forgivenStreak;
-    // One prediction is enough to become the owner, at any distance that the recogniser accepts.
+    // One prediction is enough to become the owner, at any distance that the recognizer accepts.
     return stays || face.owner ? identity::owner : identity::unknown;
 }
 

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-/// One face of one frame, after the quality gate and the recogniser.
+/// One face of one frame, after the quality gate and the recognizer.
 struct FaceObservation {
     cv::Rect rect;         ///< Box clipped to the frame, in frame pixels; never empty.
     std::string detector;  ///< Which detector found it, as FaceDetection names it.
-    bool owner = false;    ///< The recogniser said that this is the owner.
+    bool owner = false;    ///< The recognizer said that this is the owner.
     double distance = 0.0; ///< Recogniser distance, lower is closer; 0 when it was not asked.
 };
 
@@ -21,14 +21,14 @@ namespace face {
 
 /// A face followed over frames. Times are milliseconds of the clock that the caller uses.
 struct Track {
-    int id = 0;    ///< Running number from 1; chooses the colour of an unknown face.
+    int id = 0;    ///< Running number from 1; chooses the color of an unknown face.
     cv::Rect rect; ///< Box of the last matched face.
     QString label; ///< "Tavin" or "Unknown".
     QColor color{64, 156, 255};
     double confidence = 0.0; ///< Recogniser distance of the last match.
     QString detector;        ///< Detector of the last match, "none" before.
     qint64 lastSeenMs = 0;
-    qint64 lastOwnerMs = 0; ///< Last time that the recogniser said it is the owner.
+    qint64 lastOwnerMs = 0; ///< Last time that the recognizer said it is the owner.
     int ownerHits = 0;      ///< Votes for the owner, 0 to 8.
     int nonOwnerStreak = 0; ///< Predictions in a row that were not the owner, 0 to 8.
     int hits = 0;           ///< Matched faces, 0 to 12.
@@ -44,13 +44,13 @@ struct FaceTracks {
     int nextId = 1;
 };
 
-/// Colour of the unknown face with this number: four colours in turn, opaque.
+/// Color of the unknown face with this number: four colors in turn, opaque.
 QColor unknownColor(int id);
 
-/// Moves the tracks on by one frame. In the order of `faces`, each face is matched to a track that
-/// no earlier face of the frame took, or starts one; then the track's votes, confirmation and
-/// identity are renewed. At the end tracks that nobody saw for too long are dropped: those that
-/// are shown after `lostTimeoutMs`, others after 900 ms.
+/// Updates the tracks with the faces of one frame. In the order of `faces`, each face is matched to
+/// a track that no earlier face of the frame took, or starts one; then the track's votes,
+/// confirmation and identity are renewed. At the end tracks that nobody saw for too long are
+/// dropped: those that are shown after `lostTimeoutMs`, others after 900 ms.
 FaceTracks updateFaceTracks(FaceTracks previous, const std::vector<FaceObservation>& faces,
                             qint64 nowMs, int lostTimeoutMs);
 

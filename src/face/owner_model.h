@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// Trains the local binary pattern recogniser (radius 1, 8 neighbours, grid of 8 x 8, no threshold
+/// Trains the local binary pattern recognizer (radius 1, 8 neighbors, grid of 8 x 8, no threshold
 /// of its own) on the samples, in their order. `samples` must not be empty. `stop` is asked every
 /// few samples; null when it ended the work. Throws cv::Exception where OpenCV does.
 cv::Ptr<cv::face::LBPHFaceRecognizer> trainOwnerModel(const std::vector<TrainingSample>& samples,

@@ -65,14 +65,14 @@ cv::Mat readOwnerSample(const std::string& path) {
     try {
         if (!isSmallEnough(path))
             return {};
-        const cv::Mat grey = cv::imread(path, cv::IMREAD_GRAYSCALE);
-        if (grey.type() != CV_8UC1)
-            return {}; // Some decoders do not give the grey levels that they are asked for.
+        const cv::Mat gray = cv::imread(path, cv::IMREAD_GRAYSCALE);
+        if (gray.type() != CV_8UC1)
+            return {}; // Some decoders do not give the gray levels that they are asked for.
         const cv::Size side(sampleSidePx, sampleSidePx);
-        if (grey.empty() || grey.size() == side)
-            return grey;
+        if (gray.empty() || gray.size() == side)
+            return gray;
         cv::Mat sample;
-        cv::resize(grey, sample, side, 0.0, 0.0, cv::INTER_AREA);
+        cv::resize(gray, sample, side, 0.0, 0.0, cv::INTER_AREA);
         return sample;
     } catch (const std::exception&) {
         return {}; // Decoders throw for some damaged files and return nothing for others.

@@ -80,7 +80,7 @@ private:
     /// The result is that of the frame before: a pass takes its time.
     void lookForFaces() {
         input.faceOverlays = pendingFaces;
-        cv::Mat grey = greyFrame(colour().convertToFormat(QImage::Format_RGB888));
+        cv::Mat grey = grayFrame(colour().convertToFormat(QImage::Format_RGB888));
         const FacePass found = findFaces(grey, tools, options, regions).value();
         tracks = updateFaceTracks(std::move(tracks), found.faces, now, lostMs);
         pendingFaces = faceOverlays(tracks, now, lostMs);

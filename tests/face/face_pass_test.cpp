@@ -63,7 +63,7 @@ struct ScriptedPass {
 };
 
 int onlyPixel(const QImage& image) {
-    const cv::Mat grey = greyFrame(image);
+    const cv::Mat grey = grayFrame(image);
     return grey.at<uchar>(0, 0);
 }
 
@@ -301,7 +301,7 @@ void FacePassTest::rowsMayBeLongerThanThePicture() {
             bytes[static_cast<std::size_t>(y * bytesPerLine + x)] = static_cast<uchar>(10 * y + 5);
     }
     const QImage image(bytes.data(), width, height, bytesPerLine, format);
-    const cv::Mat gray = greyFrame(image);
+    const cv::Mat gray = grayFrame(image);
     QCOMPARE(gray.size(), cv::Size(width, height));
     QCOMPARE(gray.type(), CV_8UC1);
     for (int y = 0; y < height; ++y) {
@@ -311,7 +311,7 @@ void FacePassTest::rowsMayBeLongerThanThePicture() {
 }
 
 void FacePassTest::aNullImageGivesNoFrame() {
-    QVERIFY(greyFrame(QImage()).empty());
+    QVERIFY(grayFrame(QImage()).empty());
 }
 
 void FacePassTest::theDefaultFilesAreTheSystemsAndTheUsers() {

@@ -12,6 +12,7 @@ private Q_SLOTS:
     void firstFailingTestWins_data();
     void firstFailingTestWins();
     void boundsAreInclusive();
+    void theSharpnessAtTheBorderLooksAtTheFrame();
     void theSmallestSharpnessIs60_data();
     void theSmallestSharpnessIs60();
 };
@@ -79,6 +80,17 @@ void FaceQualityTest::boundsAreInclusive() {
     QCOMPARE(faceQuality(face, options), FaceQuality::Accepted);
     options.minSharpness = std::nextafter(options.minSharpness, 1e9);
     QCOMPARE(faceQuality(face, options), FaceQuality::TooBlurry);
+}
+
+/// At the frame's own border the picture is mirrored about its outermost pixels.
+void FaceQualityTest::theSharpnessAtTheBorderLooksAtTheFrame() {
+    cv::Mat ramp(3, 5, CV_8U);
+    for (int x = 0; x < ramp.cols; ++x)
+        ramp.col(x).setTo(10 * x);
+    QVERIFY(faceSharpness(ramp(cv::Rect(1, 0, 3, 3))) < 1e-9);
+    // Second differences of 20, 0 and -20 in each row.
+    const cv::Mat alone = ramp(cv::Rect(1, 0, 3, 3)).clone();
+    QVERIFY(std::abs(faceSharpness(alone) - 800.0 / 3.0) < 1e-9);
 }
 
 void FaceQualityTest::theSmallestSharpnessIs60_data() {

@@ -61,6 +61,7 @@ private Q_SLOTS:
     void facesAreMatchedByNearness();
     void theBestOverlapWinsAndEachTrackTakesOneFace();
     void theNearestTrackWins();
+    void votesCountOneByOne();
     void countersAreBounded();
     void newTracksStartFromNothing();
     void unknownColoursTakeTurns();
@@ -202,8 +203,10 @@ void FaceTracksTest::facesAreMatchedByOverlap_data() {
     QTest::addColumn<int>("height"); // Of the second box.
     QTest::addColumn<int>("tracks");
     // 100 x 100 against 100 x 25 within it: overlap 0.25, but far too different in size otherwise.
+    // Both boxes are ten times as large where a hundredth is not fine enough.
     QTest::newRow("overlap 0.25") << 0 << 25 << 1;
     QTest::newRow("overlap 0.24") << 0 << 24 << 2;
+    QTest::newRow("overlap 0.249") << 0 << 249 << 2;
     QTest::newRow("the same") << 0 << 100 << 1;
     QTest::newRow("moved by half") << 50 << 100 << 1;
 }
@@ -212,9 +215,10 @@ void FaceTracksTest::facesAreMatchedByOverlap() {
     QFETCH(int, offset);
     QFETCH(int, height);
     QFETCH(int, tracks);
+    const int side = height > 100 ? 1000 : 100;
     Scene scene;
-    scene.see({stranger(cv::Rect(300, 300, 100, 100))});
-    scene.see({stranger(cv::Rect(300 + offset, 300 + offset, 100, height))}, 180);
+    scene.see({stranger(cv::Rect(300, 300, side, side))});
+    scene.see({stranger(cv::Rect(300 + offset, 300 + offset, side, height))}, 180);
     QCOMPARE(scene.state.tracks.size(), std::size_t(tracks));
 }
 
@@ -227,6 +231,11 @@ void FaceTracksTest::facesAreMatchedByNearness_data() {
     QTest::newRow("0.76 aside") << box << box.translated(76, 0) << 2;
     QTest::newRow("0.85 below") << box << box.translated(0, 85) << 1;
     QTest::newRow("0.86 below") << box << box.translated(0, -86) << 2;
+    const QRect large(300, 300, 1000, 1000);
+    QTest::newRow("0.751 aside") << large << large.translated(751, 0) << 2;
+    QTest::newRow("0.851 below") << large << large.translated(0, 851) << 2;
+    QTest::newRow("small faces") << QRect(0, 0, 20, 20) << QRect(15, 0, 20, 20) << 1;
+    QTest::newRow("single pixels") << QRect(0, 0, 1, 1) << QRect(1, 0, 1, 1) << 2;
     QTest::newRow("both at once") << box << box.translated(-75, 85) << 1;
     // Shifted by 70, the overlap of these is below 0.25.
     QTest::newRow("area 2.2 times") << box << QRect(370, 310, 110, 200) << 1;
@@ -279,6 +288,19 @@ void FaceTracksTest::theNearestTrackWins() {
     tie.see({stranger(cv::Rect(100, 100, 100, 100)), stranger(cv::Rect(240, 100, 100, 100))});
     tie.see({stranger(cv::Rect(170, 100, 100, 100))}, 180);
     QCOMPARE(tie.state.tracks[0].hits, 2);
+}
+
+void FaceTracksTest::votesCountOneByOne() {
+    Scene scene;
+    scene.see({owner(face90)});
+    QCOMPARE(scene.only().ownerHits, 1);
+    scene.see({owner(face90)}, 100);
+    scene.see({owner(face90)}, 100);
+    QCOMPARE(scene.only().ownerHits, 3);
+    scene.see({stranger(face90)}, 100);
+    QCOMPARE(scene.only().ownerHits, 2);
+    QCOMPARE(scene.only().nonOwnerStreak, 1);
+    QCOMPARE(scene.only().hits, 4);
 }
 
 void FaceTracksTest::countersAreBounded() {

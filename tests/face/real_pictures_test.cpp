@@ -20,7 +20,7 @@ private Q_SLOTS:
 
 private:
     FacePass look(const QImage& picture) {
-        cv::Mat grey = greyFrame(picture);
+        cv::Mat grey = grayFrame(picture);
         const QRect all(0, 0, grey.cols, grey.rows);
         return findFaces(grey, tools, options, {all}).value();
     }
@@ -37,7 +37,7 @@ void RealPicturesTest::initTestCase() {
     QVERIFY(portrait.load(path));
     QVERIFY(loadCascade(tools.frontal, options.frontalCascadePath));
     QVERIFY(loadCascade(tools.profile, options.profileCascadePath));
-    cv::Mat grey = greyFrame(portrait);
+    cv::Mat grey = grayFrame(portrait);
     const auto found = detectFacesMulti(tools.frontal, nullptr, grey, options);
     QCOMPARE(found.size(), 1U);
     // Slightly other crops than the detector will find.

@@ -80,7 +80,7 @@ public:
         for (const auto& body : detectDepthBodyCandidates(
                  {depth, frames.depthWidth, frames.depthHeight}, colour.size()))
             regions.append(body.rect);
-        cv::Mat grey = greyFrame(colour);
+        cv::Mat grey = grayFrame(colour);
         const FacePass pass = findFaces(grey, tools, options, regions).value();
         for (const FaceObservation& face : pass.faces)
             note(face, seconds);

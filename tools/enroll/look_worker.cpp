@@ -48,7 +48,7 @@ void LookWorker::run() {
 }
 
 FrameLook LookWorker::lookAt(const Input& input) {
-    cv::Mat gray = greyFrame(input.frame);
+    cv::Mat gray = grayFrame(input.frame);
     QList<QRect> bodies;
     if (searchBodies) {
         for (const BodyCandidate& body : detectDepthBodyCandidates(input.depth, input.frame.size()))

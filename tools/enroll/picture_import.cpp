@@ -48,7 +48,7 @@ std::variant<cv::Mat, QString> readPhotograph(const QString& path) {
             path, reader.errorString());
     if (image.width() > largestFrame.width() || image.height() > largestFrame.height())
         image = image.scaled(largestFrame, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    return greyFrame(image);
+    return grayFrame(image);
 }
 
 std::variant<KeptSample, QString> sampleFromPicture(const QString& path, Detectors& detectors,
