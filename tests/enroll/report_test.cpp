@@ -43,7 +43,7 @@ void ReportTest::everythingIsReported() {
     count(result, Flaw::Copy, 2);
     QVERIFY(isGood(result));
     QCOMPARE(
-        reportLines(result, Options()),
+        reportLines(result, face::Options()),
         (QStringList{u"Kept 24 of 31 frames: 10 near, 8 middle, 6 far."_s,
                      u"Not kept: 5 too far, 2 a copy."_s,
                      u"Rehearsal, each sitting told by the others: 22 of 24 at 60 or less, median "
@@ -66,25 +66,25 @@ void ReportTest::nothingIsSaidOfReasonsWithoutFrames() {
     count(result, Flaw::None, 24); // what was kept is no reason
     QVERIFY(refusalWords(result.tally).isEmpty());
     QCOMPARE(mostFrequentFlaw(result.tally), Flaw::None);
-    QVERIFY(!reportLines(result, Options()).join(u' ').contains(u"Not kept"_s));
+    QVERIFY(!reportLines(result, face::Options()).join(u' ').contains(u"Not kept"_s));
 }
 
 void ReportTest::aSittingWithoutSamplesIsNeverGood() {
     SittingResult result = fullResult();
     result.kept = 0;
     QVERIFY(!isGood(result));
-    QVERIFY(!reportLines(result, Options()).contains(restartSentence()));
+    QVERIFY(!reportLines(result, face::Options()).contains(restartSentence()));
 }
 
 void ReportTest::whoWalksAboutNeedsLess() {
     SittingResult result = fullResult();
     result.folder = {20, 4, 0, 16, 1};
     QVERIFY(!isGood(result));
-    QVERIFY(reportLines(result, Options())
+    QVERIFY(reportLines(result, face::Options())
                 .contains(u"This is thin. Missing: samples at about 1.4 m, a second light."_s));
     result.walkedAbout = true;
     QVERIFY(isGood(result));
-    QVERIFY(reportLines(result, Options())
+    QVERIFY(reportLines(result, face::Options())
                 .contains(u"What would still help: samples at about 1.4 m, a second light."_s));
     result.folder.samples = 19;
     QVERIFY(!isGood(result));
