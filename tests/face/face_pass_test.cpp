@@ -83,6 +83,7 @@ private Q_SLOTS:
     void bothCascadesAreUsedWhereThereAreTwo();
     void boxesAreClippedToTheFrame_data();
     void boxesAreClippedToTheFrame();
+    void boxesOfAFrameThatCannotBeHalvedAreClipped();
     void aBoxOutsideTheFrameIsNoFace();
     void aStopEndsThePass_data();
     void aStopEndsThePass();
@@ -224,6 +225,24 @@ void FacePassTest::boxesAreClippedToTheFrame() {
     QCOMPARE(result.faces[0].rect, cv::Rect(face.x(), face.y(), face.width(), face.height()));
     // The clipped box is what the gate judges.
     QCOMPARE(pass.recognizer->asked.size(), face.width() < 80 ? 0U : 1U);
+}
+
+/// 603 x 503 pixels are searched as 302 x 252, and doubled again that is a pixel too much: to the
+/// right and below, and in the mirror image to the left.
+void FacePassTest::boxesOfAFrameThatCannotBeHalvedAreClipped() {
+    Scripted frontal(cv::Rect(200, 150, 102, 102));
+    Scripted profile(cv::Rect(202, 0, 100, 100));
+    FaceTools tools;
+    tools.frontal = frontal.cascade;
+    tools.profile = profile.cascade;
+    tools.recognizer = cv::makePtr<ScriptedRecognizer>();
+    cv::Mat frame(503, 603, CV_8U, cv::Scalar(90));
+    const FacePass pass = findFaces(frame, tools, face::Options(), {}).value();
+    QCOMPARE(frontal.seen->images.at(0).size(), cv::Size(302, 252));
+    QCOMPARE(pass.faces.size(), 3U);
+    QCOMPARE(pass.faces[0].rect, cv::Rect(400, 300, 203, 203));
+    QCOMPARE(pass.faces[1].rect, cv::Rect(0, 0, 199, 200));
+    QCOMPARE(pass.faces[2].rect, cv::Rect(404, 0, 199, 200));
 }
 
 void FacePassTest::aBoxOutsideTheFrameIsNoFace() {
