@@ -15,7 +15,13 @@ if(not_packaged)
   string(REGEX MATCH "SONAME +([^ \n]+)" soname "${headers}")
   set(soname ${CMAKE_MATCH_1})
   set(private_folder ${CMAKE_INSTALL_LIBDIR}/lumeno-control-center)
-  install(PROGRAMS ${library} DESTINATION ${private_folder} RENAME ${soname})
+  install(FILES ${library} DESTINATION ${private_folder} RENAME ${soname})
+  # Only what this tree builds is stripped by CMake itself.
+  set(installed "\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${private_folder}/${soname}")
+  install(CODE "if(CMAKE_INSTALL_DO_STRIP)
+    execute_process(COMMAND \"${CMAKE_STRIP}\" --strip-unneeded \"${installed}\"
+      COMMAND_ERROR_IS_FATAL ANY)
+  endif()")
   file(RELATIVE_PATH from_libexec ${CMAKE_INSTALL_PREFIX}/${libexec}
     ${CMAKE_INSTALL_PREFIX}/${private_folder})
   file(RELATIVE_PATH from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_PREFIX}/${private_folder})
