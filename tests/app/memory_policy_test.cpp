@@ -51,7 +51,7 @@ long pageFaults() {
 std::vector<Bytes> newDepthFrames() {
     constexpr std::size_t pixels = 512 * 424;
     std::vector<Bytes> work;
-    for (const std::size_t bytesPerPixel : {36, 36, 12})
+    for (const std::size_t bytesPerPixel : {36U, 36U, 12U})
         work.push_back(newFrame(pixels * bytesPerPixel));
     std::vector<Bytes> frames;
     frames.push_back(newFrame(pixels * 4));
@@ -150,7 +150,7 @@ void MemoryPolicyTest::aSmallerBlockDoesNotGetAMuchLargerOne() {
 
 void MemoryPolicyTest::newFailsWhereThereIsNoMemory() {
     volatile std::size_t absurd = std::size_t{1} << 62;
-    QVERIFY_EXCEPTION_THROWN(Bytes(new unsigned char[absurd]), std::bad_alloc);
+    QVERIFY_THROWS_EXCEPTION(std::bad_alloc, Bytes(new unsigned char[absurd]));
     Bytes none(new (std::nothrow) unsigned char[absurd]);
     QVERIFY(!none);
 }

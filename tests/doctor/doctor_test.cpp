@@ -53,6 +53,180 @@ QStringList linesOf(const Findings& findings, Verdict verdict) {
     return lines;
 }
 
+/// A row of oneFaultGivesOneSentence(); %1 in `sentence` stands for the tree's folder.
+void addFault(const char* name, const QString& sentence, const Spoil& spoil) {
+    QTest::newRow(name) << spoil << sentence;
+}
+
+/// From the plug to the right to open it.
+void addSensorFaults() {
+    addFault("nothing plugged in",
+             u"Sensor: no Kinect v2 is on the USB bus. Plug it into a USB 3 port and its own power "
+             "supply into a socket."_s,
+             [](Machine& machine) { machine.tree.plugIn({}, 0); });
+    addFault("no bus at all",
+             u"Sensor: no Kinect v2 is on the USB bus. Plug it into a USB 3 port and its own power "
+             "supply into a socket."_s,
+             [](Machine& machine) { machine.tree.remove(u"/sys"_s); });
+    addFault("another maker's device of the same number",
+             u"Sensor: no Kinect v2 is on the USB bus. Plug it into a USB 3 port and its own power "
+             "supply into a socket."_s,
+             [](Machine& machine) { machine.tree.setMaker(u"1234"_s); });
+    addFault(
+        "only the hub",
+        u"Sensor: its hub (045e:02d9) is on the USB bus, its camera is not. Use a USB 3 port of "
+        "the machine itself, and the sensor's own power supply."_s,
+        [](Machine& machine) { machine.tree.leaveOnlyTheHub(); });
+    addFault("USB 2",
+             u"USB speed: 480 Mbit/s, where the sensor needs 5000. Use a USB 3 port of the machine "
+             "itself, with no hub and no USB 2 cable between."_s,
+             [](Machine& machine) { machine.tree.plugIn(u"02c4"_s, 480); });
+    addFault("no rights",
+             u"Rights: /dev/bus/usb/002/003 may not be read and written. Plug the sensor in again, "
+             "while you are logged in at the machine itself."_s,
+             [](Machine& machine) { machine.tree.forbidTheNode(); });
+    addFault("no rule",
+             u"udev rule: none lets you open the sensor. Run scripts/setup-kinect.sh, or copy "
+             "packaging/70-kinect-v2.rules into /etc/udev/rules.d, and plug the sensor in again."_s,
+             [](Machine& machine) {
+                 machine.tree.remove(PreparedTree::rule);
+                 machine.tree.forbidTheNode();
+             });
+    addFault(
+        "a rule that comes too late",
+        u"udev rule: /etc/udev/rules.d/90-kinect.rules sorts behind 73-seat-late.rules and has no "
+        "effect. Rename it so that its number is below 73, and plug the sensor in again."_s,
+        [](Machine& machine) {
+            machine.tree.remove(PreparedTree::rule);
+            machine.tree.write(u"/etc/udev/rules.d/90-kinect.rules"_s, uaccessRule);
+            machine.tree.forbidTheNode();
+        });
+    addFault("busy",
+             u"In use: by Protonect (process 4711). End it before the program is started."_s,
+             [](Machine& machine) { machine.tree.letOpen(4711, u"Protonect"_s); });
+    addFault(
+        "busy twice",
+        u"In use: by Protonect (process 4711), viewer (process 4712). End it before the program is "
+        "started."_s,
+        [](Machine& machine) {
+            machine.tree.letOpen(4711, u"Protonect"_s);
+            machine.tree.letOpen(4712, u"viewer"_s);
+        });
+}
+
+/// What the program is built with, its cascades and its samples.
+void addProgramFaults() {
+    addFault(
+        "the stand-in",
+        u"Sensor library: the program is built with the stand-in. Run scripts/setup-kinect.sh, "
+        "then scripts/run.sh."_s,
+        [](Machine& machine) {
+            machine.build = {false, u"0.2.0"_s, true, {u"cpu"_s}};
+        });
+    addFault(
+        "no threading",
+        u"Sensor library: libfreenect2 0.2.0 without C++11 threading, so that a silent sensor is "
+        "never noticed. Build libfreenect2 again with -DENABLE_CXX11=ON, then this program."_s,
+        [](Machine& machine) { machine.build.timedWaitsEnd = false; });
+    addFault(
+        "a pipeline that does not work",
+        u"Packet pipeline: gl, which does not work here. Set LIBFREENECT2_PIPELINE=cpu when you "
+        "start the program."_s,
+        [](Machine& machine) { machine.broken = QStringList{u"gl"_s}; });
+    addFault(
+        "no cascades",
+        u"Face cascades: /usr/share/opencv4/haarcascades/haarcascade_frontalface_default.xml is "
+        "missing or damaged. Install the package opencv-data (again)."_s,
+        [](Machine& machine) { machine.tree.remove(u"/usr/share/opencv4"_s); });
+    addFault(
+        "a damaged cascade",
+        u"Face cascades: /usr/share/opencv4/haarcascades/haarcascade_profileface.xml is missing or "
+        "damaged. Install the package opencv-data (again)."_s,
+        [](Machine& machine) {
+            const QString cascade =
+                u"/usr/share/opencv4/haarcascades/haarcascade_profileface.xml"_s;
+            machine.tree.remove(cascade);
+            machine.tree.write(cascade, "<?xml version=\"1.0\"?>\n<opencv_storage>");
+        });
+    addFault("no samples",
+             u"Owner's samples: no picture under %1/data/faces/tavin can be read. Take some with "
+             "lumeno-enroll."_s,
+             [](Machine& machine) { machine.tree.remove(u"/data/faces"_s); });
+    addFault("samples that are no pictures",
+             u"Owner's samples: no picture under %1/data/faces/tavin can be read. Take some with "
+             "lumeno-enroll."_s,
+             [](Machine& machine) {
+                 machine.tree.remove(u"/data/faces"_s);
+                 machine.tree.write(u"/data/faces/tavin/1.png"_s, "none");
+             });
+    addFault("nothing in the folder yet",
+             u"Owner's samples: no picture under %1/data/faces/tavin can be read. Take some with "
+             "lumeno-enroll."_s,
+             [](Machine& machine) { machine.tree.remove(u"/data"_s); });
+}
+
+/// The folders that the program writes to, and the voice service's files.
+void addFolderFaults() {
+    addFault(
+        "a file in place of the working folder",
+        u"Working folder: the model cannot be written because of %1/data. Make that a folder which "
+        "you may write to."_s,
+        [](Machine& machine) {
+            machine.tree.remove(u"/data"_s);
+            machine.tree.write(u"/data"_s, "");
+        });
+    addFault(
+        "a working folder that may not be read",
+        u"Working folder: the model cannot be written because of %1/data. Make that a folder which "
+        "you may write to."_s,
+        [](Machine& machine) {
+            QFile::setPermissions(machine.tree.path() + u"/data"_s,
+                                  QFile::WriteOwner | QFile::ExeOwner);
+        });
+    addFault("a folder in place of the model",
+             u"Working folder: the model cannot be written because of "
+             "%1/data/models/face_recognizer.yml. That is a folder: move it away."_s,
+             [](Machine& machine) {
+                 machine.tree.write(u"/data/models/face_recognizer.yml/file"_s, "");
+             });
+    addFault("a models' folder of somebody else",
+             u"Working folder: the model cannot be written because of %1/data/models. Make that a "
+             "folder which you may write to."_s,
+             [](Machine& machine) {
+                 machine.tree.write(u"/data/models/file"_s, "");
+                 QFile::setPermissions(machine.tree.path() + u"/data/models"_s,
+                                       QFile::ReadOwner | QFile::ExeOwner);
+             });
+    addFault("a file in place of the models' folder",
+             u"Working folder: the model cannot be written because of %1/data/models. Make that a "
+             "folder which you may write to."_s,
+             [](Machine& machine) { machine.tree.write(u"/data/models"_s, ""); });
+    addFault(
+        "a working folder of somebody else",
+        u"Working folder: the model cannot be written because of %1/data. Make that a folder which "
+        "you may write to."_s,
+        [](Machine& machine) {
+            QFile::setPermissions(machine.tree.path() + u"/data"_s,
+                                  QFile::ReadOwner | QFile::ExeOwner);
+        });
+    addFault(
+        "voice files of somebody else",
+        u"Voice service: %1/home/.local/state/lumeno/auralis-live.pid cannot be read. Remove it, "
+        "and let the voice service write it again under your name."_s,
+        [](Machine& machine) {
+            const QString file = u"/home/.local/state/lumeno/auralis-live.pid"_s;
+            QFile::setPermissions(machine.tree.path() + file, QFile::WriteOwner);
+        });
+    addFault("a folder in place of a voice file",
+             u"Voice service: %1/home/.local/state/lumeno/auralis-live-event.json cannot be read. "
+             "Remove it, and let the voice service write it again under your name."_s,
+             [](Machine& machine) {
+                 const QString file = u"/home/.local/state/lumeno/auralis-live-event.json"_s;
+                 machine.tree.remove(file);
+                 machine.tree.write(file + u"/file"_s, "");
+             });
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(Spoil)
@@ -105,154 +279,10 @@ void DoctorTest::aMachineOnWhichAllIsWell() {
 
 void DoctorTest::oneFaultGivesOneSentence_data() {
     QTest::addColumn<Spoil>("spoil");
-    QTest::addColumn<QString>("sentence"); // with %1 for the tree's folder
-    const auto row = [](const char* name, const QString& sentence, const Spoil& spoil) {
-        QTest::newRow(name) << spoil << sentence;
-    };
-    row("nothing plugged in",
-        u"Sensor: no Kinect v2 is on the USB bus. Plug it into a USB 3 port and its own power "
-        "supply into a socket."_s,
-        [](Machine& machine) { machine.tree.plugIn({}, 0); });
-    row("no bus at all",
-        u"Sensor: no Kinect v2 is on the USB bus. Plug it into a USB 3 port and its own power "
-        "supply into a socket."_s,
-        [](Machine& machine) { machine.tree.remove(u"/sys"_s); });
-    row("another maker's device of the same number",
-        u"Sensor: no Kinect v2 is on the USB bus. Plug it into a USB 3 port and its own power "
-        "supply into a socket."_s,
-        [](Machine& machine) { machine.tree.setMaker(u"1234"_s); });
-    row("only the hub",
-        u"Sensor: its hub (045e:02d9) is on the USB bus, its camera is not. Use a USB 3 port of "
-        "the machine itself, and the sensor's own power supply."_s,
-        [](Machine& machine) { machine.tree.leaveOnlyTheHub(); });
-    row("USB 2",
-        u"USB speed: 480 Mbit/s, where the sensor needs 5000. Use a USB 3 port of the machine "
-        "itself, with no hub and no USB 2 cable between."_s,
-        [](Machine& machine) { machine.tree.plugIn(u"02c4"_s, 480); });
-    row("no rights",
-        u"Rights: /dev/bus/usb/002/003 may not be read and written. Plug the sensor in again, "
-        "while you are logged in at the machine itself."_s,
-        [](Machine& machine) { machine.tree.forbidTheNode(); });
-    row("no rule",
-        u"udev rule: none lets you open the sensor. Run scripts/setup-kinect.sh, or copy "
-        "packaging/70-kinect-v2.rules into /etc/udev/rules.d, and plug the sensor in again."_s,
-        [](Machine& machine) {
-            machine.tree.remove(PreparedTree::rule);
-            machine.tree.forbidTheNode();
-        });
-    row("a rule that comes too late",
-        u"udev rule: /etc/udev/rules.d/90-kinect.rules sorts behind 73-seat-late.rules and has no "
-        "effect. Rename it so that its number is below 73, and plug the sensor in again."_s,
-        [](Machine& machine) {
-            machine.tree.remove(PreparedTree::rule);
-            machine.tree.write(u"/etc/udev/rules.d/90-kinect.rules"_s, uaccessRule);
-            machine.tree.forbidTheNode();
-        });
-    row("busy", u"In use: by Protonect (process 4711). End it before the program is started."_s,
-        [](Machine& machine) { machine.tree.letOpen(4711, u"Protonect"_s); });
-    row("busy twice",
-        u"In use: by Protonect (process 4711), viewer (process 4712). End it before the program is "
-        "started."_s,
-        [](Machine& machine) {
-            machine.tree.letOpen(4711, u"Protonect"_s);
-            machine.tree.letOpen(4712, u"viewer"_s);
-        });
-    row("the stand-in",
-        u"Sensor library: the program is built with the stand-in. Run scripts/setup-kinect.sh, "
-        "then scripts/run.sh."_s,
-        [](Machine& machine) {
-            machine.build = {false, u"0.2.0"_s, true, {u"cpu"_s}};
-        });
-    row("no threading",
-        u"Sensor library: libfreenect2 0.2.0 without C++11 threading, so that a silent sensor is "
-        "never noticed. Build libfreenect2 again with -DENABLE_CXX11=ON, then this program."_s,
-        [](Machine& machine) { machine.build.timedWaitsEnd = false; });
-    row("a pipeline that does not work",
-        u"Packet pipeline: gl, which does not work here. Set LIBFREENECT2_PIPELINE=cpu when you "
-        "start the program."_s,
-        [](Machine& machine) { machine.broken = QStringList{u"gl"_s}; });
-    row("no cascades",
-        u"Face cascades: /usr/share/opencv4/haarcascades/haarcascade_frontalface_default.xml is "
-        "missing or damaged. Install the package opencv-data (again)."_s,
-        [](Machine& machine) { machine.tree.remove(u"/usr/share/opencv4"_s); });
-    row("a damaged cascade",
-        u"Face cascades: /usr/share/opencv4/haarcascades/haarcascade_profileface.xml is missing or "
-        "damaged. Install the package opencv-data (again)."_s,
-        [](Machine& machine) {
-            const QString cascade =
-                u"/usr/share/opencv4/haarcascades/haarcascade_profileface.xml"_s;
-            machine.tree.remove(cascade);
-            machine.tree.write(cascade, "<?xml version=\"1.0\"?>\n<opencv_storage>");
-        });
-    row("no samples",
-        u"Owner's samples: no picture under %1/data/faces/tavin can be read. Take some with "
-        "lumeno-enroll."_s,
-        [](Machine& machine) { machine.tree.remove(u"/data/faces"_s); });
-    row("samples that are no pictures",
-        u"Owner's samples: no picture under %1/data/faces/tavin can be read. Take some with "
-        "lumeno-enroll."_s,
-        [](Machine& machine) {
-            machine.tree.remove(u"/data/faces"_s);
-            machine.tree.write(u"/data/faces/tavin/1.png"_s, "none");
-        });
-    row("nothing in the folder yet",
-        u"Owner's samples: no picture under %1/data/faces/tavin can be read. Take some with "
-        "lumeno-enroll."_s,
-        [](Machine& machine) { machine.tree.remove(u"/data"_s); });
-    row("a file in place of the working folder",
-        u"Working folder: the model cannot be written because of %1/data. Make that a folder which "
-        "you may write to."_s,
-        [](Machine& machine) {
-            machine.tree.remove(u"/data"_s);
-            machine.tree.write(u"/data"_s, "");
-        });
-    row("a working folder that may not be read",
-        u"Working folder: the model cannot be written because of %1/data. Make that a folder which "
-        "you may write to."_s,
-        [](Machine& machine) {
-            QFile::setPermissions(machine.tree.path() + u"/data"_s,
-                                  QFile::WriteOwner | QFile::ExeOwner);
-        });
-    row("a folder in place of the model",
-        u"Working folder: the model cannot be written because of "
-        "%1/data/models/face_recognizer.yml. That is a folder: move it away."_s,
-        [](Machine& machine) {
-            machine.tree.write(u"/data/models/face_recognizer.yml/file"_s, "");
-        });
-    row("a models' folder of somebody else",
-        u"Working folder: the model cannot be written because of %1/data/models. Make that a "
-        "folder which you may write to."_s,
-        [](Machine& machine) {
-            machine.tree.write(u"/data/models/file"_s, "");
-            QFile::setPermissions(machine.tree.path() + u"/data/models"_s,
-                                  QFile::ReadOwner | QFile::ExeOwner);
-        });
-    row("a file in place of the models' folder",
-        u"Working folder: the model cannot be written because of %1/data/models. Make that a "
-        "folder which you may write to."_s,
-        [](Machine& machine) { machine.tree.write(u"/data/models"_s, ""); });
-    row("a working folder of somebody else",
-        u"Working folder: the model cannot be written because of %1/data. Make that a folder which "
-        "you may write to."_s,
-        [](Machine& machine) {
-            QFile::setPermissions(machine.tree.path() + u"/data"_s,
-                                  QFile::ReadOwner | QFile::ExeOwner);
-        });
-    row("voice files of somebody else",
-        u"Voice service: %1/home/.local/state/lumeno/auralis-live.pid cannot be read. Remove it, "
-        "and let the voice service write it again under your name."_s,
-        [](Machine& machine) {
-            const QString file = u"/home/.local/state/lumeno/auralis-live.pid"_s;
-            QFile::setPermissions(machine.tree.path() + file, QFile::WriteOwner);
-        });
-    row("a folder in place of a voice file",
-        u"Voice service: %1/home/.local/state/lumeno/auralis-live-event.json cannot be read. "
-        "Remove it, and let the voice service write it again under your name."_s,
-        [](Machine& machine) {
-            const QString file = u"/home/.local/state/lumeno/auralis-live-event.json"_s;
-            machine.tree.remove(file);
-            machine.tree.write(file + u"/file"_s, "");
-        });
+    QTest::addColumn<QString>("sentence");
+    addSensorFaults();
+    addProgramFaults();
+    addFolderFaults();
 }
 
 void DoctorTest::oneFaultGivesOneSentence() {

@@ -112,7 +112,8 @@ bool sawFacesOften(const QStringList& log, double storyBegan) {
         });
     };
     return std::ranges::all_of(
-        std::initializer_list{ownerFrontal, ownerReturned, strangerAlone}, [&](const Span& span) {
+        std::initializer_list<Span>{ownerFrontal, ownerReturned, strangerAlone},
+        [&](const Span& span) {
             const double rate = static_cast<double>(passesIn(span)) / (span.to - span.from);
             qInfo() << "face passes a second from" << span.from << "to" << span.to << "s:" << rate;
             return rate >= enoughPasses;

@@ -47,7 +47,7 @@ private Q_SLOTS:
 void FrameGradeTest::aSampleMustMeetEveryLimit_data() {
     QTest::addColumn<Change>("change");
     QTest::addColumn<int>("flaw");
-    const auto row = [](const char* name, Flaw flaw, Change change) {
+    const auto row = [](const char* name, Flaw flaw, const Change& change) {
         QTest::newRow(name) << change << int(flaw);
     };
     row("good", Flaw::None, [](FaceMeasures&) {});
@@ -96,7 +96,7 @@ void FrameGradeTest::theLimitsAreTheRecognizersOwn() {
 void FrameGradeTest::wishesAreNarrowerThanTheMusts_data() {
     QTest::addColumn<Change>("change");
     QTest::addColumn<bool>("wished");
-    const auto row = [](const char* name, bool wished, Change change) {
+    const auto row = [](const char* name, bool wished, const Change& change) {
         QTest::newRow(name) << change << wished;
     };
     row("good", true, [](FaceMeasures&) {});

@@ -56,7 +56,8 @@ std::vector<NamedPicture> pictures() {
     }
     for (int i = 0; i < 60; ++i) {
         const cv::Size size(100 + 13 * i, 70 + 7 * i);
-        all.push_back({"noise " + std::to_string(i), noisePicture(size, 1 + i % 7, 900U + i)});
+        all.push_back(
+            {"noise " + std::to_string(i), noisePicture(size, 1 + i % 7, unsigned(900 + i))});
     }
     return all;
 }
@@ -234,8 +235,8 @@ void CascadeSearchTest::takesTheLibrarysPlace() {
     QCOMPARE(cascade.getOriginalWindowSize(), library->getOriginalWindowSize());
     QVERIFY(!cascade.empty());
     std::vector<cv::Rect> hits{{1, 2, 3, 4}};
-    QVERIFY_EXCEPTION_THROWN(cascade.detectMultiScale(noisePicture({60, 60}, 3, 1), hits, 1.0),
-                             cv::Exception);
+    QVERIFY_THROWS_EXCEPTION(cv::Exception,
+                             cascade.detectMultiScale(noisePicture({60, 60}, 3, 1), hits, 1.0));
 }
 
 void CascadeSearchTest::othersThanGreyPicturesGoToTheLibrary() {
