@@ -78,7 +78,7 @@ void ReplayTest::thePlayingBeginsAtTheWantedTime() {
 
 void ReplayTest::aStartBehindTheEndIsRefused() {
     const RecordingFolder folder(4, 100);
-    QVERIFY_EXCEPTION_THROWN(play(folder, {false, 0.301, 1}), std::runtime_error);
+    QVERIFY_THROWS_EXCEPTION(std::runtime_error, play(folder, {false, 0.301, 1}));
     const AttachedDevice attached(folder.path(), "start=60");
     const SensorLog log;
     libfreenect2::Freenect2 context;
