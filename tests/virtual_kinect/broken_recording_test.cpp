@@ -64,113 +64,119 @@ void verifyNoDevice(const QString& what, const QString& reason) {
     QVERIFY(!line.contains(u'\n'));
 }
 
+void addDamage(const char* name, const QString& reason, const Damage& damage) {
+    QTest::newRow(name) << reason << damage;
+}
+
 void addFolderDamages() {
-    const auto row = [](const char* name, const QString& reason, const Damage& damage) {
-        QTest::newRow(name) << reason << damage;
-    };
     const auto removing = [](const QString& what) {
         return [what](const RecordingFolder& folder) { folder.remove(what); };
     };
-    row("no depth folder", u"depth is missing"_s, removing(u"depth"_s));
-    row("a colour picture less", u"color has no image for"_s, removing(u"color/2.png"_s));
-    row("a depth picture less", u"depth has no image for"_s, removing(u"depth/0.png"_s));
-    row("an infrared picture less", u"ir has no image for"_s, removing(u"ir/3.png"_s));
+    addDamage("no depth folder", u"depth is missing"_s, removing(u"depth"_s));
+    addDamage("a colour picture less", u"color has no image for"_s, removing(u"color/2.png"_s));
+    addDamage("a depth picture less", u"depth has no image for"_s, removing(u"depth/0.png"_s));
+    addDamage("an infrared picture less", u"ir has no image for"_s, removing(u"ir/3.png"_s));
     for (const QString& part : {u"color"_s, u"depth"_s, u"ir"_s}) {
-        row(qPrintable(u"nothing in "_s + part), part + u" has no images"_s,
-            [part](const RecordingFolder& folder) {
-                folder.remove(part);
-                QDir(folder.path()).mkdir(part);
-            });
-        row(qPrintable(u"a file in place of the folder "_s + part), part,
-            [part](const RecordingFolder& folder) {
-                folder.remove(part);
-                folder.writeText(part, "x");
-            });
+        addDamage(qPrintable(u"nothing in "_s + part), part + u" has no images"_s,
+                  [part](const RecordingFolder& folder) {
+                      folder.remove(part);
+                      QDir(folder.path()).mkdir(part);
+                  });
+        addDamage(qPrintable(u"a file in place of the folder "_s + part), part,
+                  [part](const RecordingFolder& folder) {
+                      folder.remove(part);
+                      folder.writeText(part, "x");
+                  });
     }
-    row("a name that is no number", u"has no number as its name"_s,
-        [](const RecordingFolder& folder) {
-            folder.write(u"color/first.png"_s, RecordingFolder::color(0));
-        });
-    row("a number beyond counting", u"has no number as its name"_s,
-        [](const RecordingFolder& folder) {
-            folder.write(u"color/99999999999999999999.png"_s, RecordingFolder::color(0));
-        });
-    row("a number twice", u"two images with the number 1"_s, [](const RecordingFolder& folder) {
-        folder.write(u"color/01.png"_s, RecordingFolder::color(0));
-    });
-    row("a folder with a picture's name", u"color/4.png"_s, [](const RecordingFolder& folder) {
-        QDir(folder.path()).mkdir(u"color/4.png"_s);
-        folder.write(u"depth/4.png"_s, RecordingFolder::depth(4));
-        folder.write(u"ir/4.png"_s, RecordingFolder::infrared(4));
-    });
+    addDamage("a name that is no number", u"has no number as its name"_s,
+              [](const RecordingFolder& folder) {
+                  folder.write(u"color/first.png"_s, RecordingFolder::color(0));
+              });
+    addDamage("a number beyond counting", u"has no number as its name"_s,
+              [](const RecordingFolder& folder) {
+                  folder.write(u"color/99999999999999999999.png"_s, RecordingFolder::color(0));
+              });
+    addDamage("a number twice", u"two images with the number 1"_s,
+              [](const RecordingFolder& folder) {
+                  folder.write(u"color/01.png"_s, RecordingFolder::color(0));
+              });
+    addDamage("a folder with a picture's name", u"color/4.png"_s,
+              [](const RecordingFolder& folder) {
+                  QDir(folder.path()).mkdir(u"color/4.png"_s);
+                  folder.write(u"depth/4.png"_s, RecordingFolder::depth(4));
+                  folder.write(u"ir/4.png"_s, RecordingFolder::infrared(4));
+              });
 }
 
 void addPictureDamages() {
-    const auto row = [](const char* name, const QString& reason, const Damage& damage) {
-        QTest::newRow(name) << reason << damage;
-    };
     const auto writing = [](const QString& where, const cv::Mat& image) {
         return [where, image](const RecordingFolder& folder) { folder.write(where, image); };
     };
-    const auto setting = [](const QString& where, qint64 at, const QByteArray& bytes) {
-        return [=](const RecordingFolder& folder) { overwrite(folder, where, at, bytes); };
-    };
     const cv::Mat wide(3, 5, CV_16UC1, cv::Scalar(1000));
-    row("a depth picture of another size", u"depth/2.png has another size"_s,
-        writing(u"depth/2.png"_s, wide));
-    row("an infrared picture of another size", u"ir/0.png has another size"_s,
-        writing(u"ir/0.png"_s, wide));
-    row("a colour picture of another size", u"color/1.png has another size"_s,
-        writing(u"color/1.png"_s, cv::Mat(3, 5, CV_8UC3, cv::Scalar(1, 2, 3))));
-    row("depth in 8 bits", u"depth/1.png is not a PNG with one channel of 16 bits"_s,
-        writing(u"depth/1.png"_s, cv::Mat(3, 4, CV_8UC1, cv::Scalar(7))));
-    row("infrared in colour", u"ir/1.png is not a PNG with one channel of 16 bits"_s,
-        writing(u"ir/1.png"_s, cv::Mat(3, 4, CV_16UC3, cv::Scalar(7, 8, 9))));
-    row("depth as JPEG", u"depth/1.jpg is not a PNG with one channel of 16 bits"_s,
-        [](const RecordingFolder& folder) {
-            folder.remove(u"depth/1.png"_s);
-            folder.write(u"depth/1.jpg"_s, cv::Mat(3, 4, CV_8UC1, cv::Scalar(7)));
-        });
+    addDamage("a depth picture of another size", u"depth/2.png has another size"_s,
+              writing(u"depth/2.png"_s, wide));
+    addDamage("an infrared picture of another size", u"ir/0.png has another size"_s,
+              writing(u"ir/0.png"_s, wide));
+    addDamage("a colour picture of another size", u"color/1.png has another size"_s,
+              writing(u"color/1.png"_s, cv::Mat(3, 5, CV_8UC3, cv::Scalar(1, 2, 3))));
+    addDamage("depth in 8 bits", u"depth/1.png is not a PNG with one channel of 16 bits"_s,
+              writing(u"depth/1.png"_s, cv::Mat(3, 4, CV_8UC1, cv::Scalar(7))));
+    addDamage("infrared in colour", u"ir/1.png is not a PNG with one channel of 16 bits"_s,
+              writing(u"ir/1.png"_s, cv::Mat(3, 4, CV_16UC3, cv::Scalar(7, 8, 9))));
+    addDamage("depth as JPEG", u"depth/1.jpg is not a PNG with one channel of 16 bits"_s,
+              [](const RecordingFolder& folder) {
+                  folder.remove(u"depth/1.png"_s);
+                  folder.write(u"depth/1.jpg"_s, cv::Mat(3, 4, CV_8UC1, cv::Scalar(7)));
+              });
     for (const int kept : {0, 5, 20, 40, 60})
-        row(qPrintable(u"depth cut after %1 bytes"_s.arg(kept)), u"depth/3.png is cut off"_s,
-            [kept](const RecordingFolder& folder) { folder.cut(u"depth/3.png"_s, kept); });
-    row("a JPEG cut off", u"color/1.jpg is cut off"_s, [](const RecordingFolder& folder) {
+        addDamage(qPrintable(u"depth cut after %1 bytes"_s.arg(kept)), u"depth/3.png is cut off"_s,
+                  [kept](const RecordingFolder& folder) { folder.cut(u"depth/3.png"_s, kept); });
+    addDamage("a JPEG cut off", u"color/1.jpg is cut off"_s, [](const RecordingFolder& folder) {
         folder.remove(u"color/1.png"_s);
         folder.write(u"color/1.jpg"_s, RecordingFolder::color(1));
         folder.cut(u"color/1.jpg"_s, 600);
     });
-    row("a JPEG cut off in its header", u"color/1.jpg is cut off"_s,
-        [](const RecordingFolder& folder) {
-            folder.remove(u"color/1.png"_s);
-            folder.write(u"color/1.jpg"_s, RecordingFolder::color(1));
-            folder.cut(u"color/1.jpg"_s, 30);
-        });
+    addDamage("a JPEG cut off in its header", u"color/1.jpg is cut off"_s,
+              [](const RecordingFolder& folder) {
+                  folder.remove(u"color/1.png"_s);
+                  folder.write(u"color/1.jpg"_s, RecordingFolder::color(1));
+                  folder.cut(u"color/1.jpg"_s, 30);
+              });
+}
+
+void addHeaderDamages() {
+    const auto setting = [](const QString& where, qint64 at, const QByteArray& bytes) {
+        return [=](const RecordingFolder& folder) { overwrite(folder, where, at, bytes); };
+    };
+    addDamage("neither PNG nor JPEG", u"color/0.png is neither PNG nor JPEG"_s,
+              [](const RecordingFolder& folder) {
+                  folder.writeText(u"color/0.png"_s, "just some words");
+              });
+    addDamage("enormous", u"color/0.png is larger than 8192 pixels"_s,
+              setting(u"color/0.png"_s, pngWidthAt, bigEndian(2'000'000'000)));
+    addDamage("no columns", u"depth/0.png has no pixels"_s,
+              setting(u"depth/0.png"_s, pngWidthAt, bigEndian(0)));
+    addDamage("no rows", u"depth/0.png has no pixels"_s,
+              setting(u"depth/0.png"_s, pngWidthAt + 4, bigEndian(0)));
+    addDamage("a chunk longer than the file", u"color/0.png is cut off"_s,
+              setting(u"color/0.png"_s, 33, bigEndian(0xffffffff)));
+    addDamage("wrong pixels in the first picture", u"color/0.png cannot be decoded"_s,
+              setting(u"color/0.png"_s, pngPixelsAt, QByteArray(6, '\x55')));
+}
+
+void addCalibrationDamages() {
     const auto calibrated = [](const QByteArray& text) {
         return [text](const RecordingFolder& folder) {
             folder.writeText(u"calibration.json"_s, text);
         };
     };
-    row("a calibration that is no JSON", u"calibration.json cannot be read"_s,
-        calibrated("some words"));
-    row("an empty calibration", u"calibration.json cannot be read"_s, calibrated(""));
-    row("a calibration without a camera", u"it has no values of the infrared camera"_s,
-        calibrated("{\"color\": {\"fx\": 1, \"fy\": 1}}"));
-    row("a camera without a focal length", u"fy of the colour camera is no focal length"_s,
-        calibrated("{\"ir\": {\"fx\": 1, \"fy\": 1}, \"color\": {\"fx\": 1}}"));
-    row("neither PNG nor JPEG", u"color/0.png is neither PNG nor JPEG"_s,
-        [](const RecordingFolder& folder) {
-            folder.writeText(u"color/0.png"_s, "just some words");
-        });
-    row("enormous", u"color/0.png is larger than 8192 pixels"_s,
-        setting(u"color/0.png"_s, pngWidthAt, bigEndian(2'000'000'000)));
-    row("no columns", u"depth/0.png has no pixels"_s,
-        setting(u"depth/0.png"_s, pngWidthAt, bigEndian(0)));
-    row("no rows", u"depth/0.png has no pixels"_s,
-        setting(u"depth/0.png"_s, pngWidthAt + 4, bigEndian(0)));
-    row("a chunk longer than the file", u"color/0.png is cut off"_s,
-        setting(u"color/0.png"_s, 33, bigEndian(0xffffffff)));
-    row("wrong pixels in the first picture", u"color/0.png cannot be decoded"_s,
-        setting(u"color/0.png"_s, pngPixelsAt, QByteArray(6, '\x55')));
+    addDamage("a calibration that is no JSON", u"calibration.json cannot be read"_s,
+              calibrated("some words"));
+    addDamage("an empty calibration", u"calibration.json cannot be read"_s, calibrated(""));
+    addDamage("a calibration without a camera", u"it has no values of the infrared camera"_s,
+              calibrated("{\"color\": {\"fx\": 1, \"fy\": 1}}"));
+    addDamage("a camera without a focal length", u"fy of the colour camera is no focal length"_s,
+              calibrated("{\"ir\": {\"fx\": 1, \"fy\": 1}, \"color\": {\"fx\": 1}}"));
 }
 
 } // namespace
@@ -180,6 +186,8 @@ void BrokenRecordingTest::aBrokenRecordingIsNoDeviceAndOneLine_data() {
     QTest::addColumn<Damage>("damage");
     addFolderDamages();
     addPictureDamages();
+    addHeaderDamages();
+    addCalibrationDamages();
 }
 
 void BrokenRecordingTest::aBrokenRecordingIsNoDeviceAndOneLine() {
