@@ -84,7 +84,7 @@ check_installed() {
     say "Installing $package into a fresh $suite system"
     work=$(mktemp -d)
     # shellcheck disable=SC2064
-    trap "rm -rf '$work'; [ ! -f '$work/xvfb' ] || kill \$(cat '$work/xvfb') 2>/dev/null || true" EXIT
+    trap "[ ! -f '$work/xvfb' ] || kill \$(cat '$work/xvfb') 2>/dev/null || true; rm -rf '$work'" EXIT
     unpack_system "$suite" "$system"
     cp "$package" "$system/root/package.deb"
     prepare_system "$system" "$package" >"$work/prepare.log" 2>&1 || {
