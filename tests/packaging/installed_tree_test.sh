@@ -60,8 +60,9 @@ expect "the data folder's rights" 700 "$(stat -c %a "$data")"
 expect "what else is in the home" "" \
     "$(find "$home" -mindepth 1 ! -path "$data*" ! -path "$home/.local" ! -path "$home/.local/share")"
 
-# The tools find the same folder, wherever they are started.
-told=$(cd / && env -i PATH=/usr/bin:/bin HOME="$home" "$usr/bin/lumeno-enroll" check 2>&1)
+# The tools find the same folder, wherever they are started. (Qt has something to say about a locale
+# without UTF-8.)
+told=$(cd / && env -i PATH=/usr/bin:/bin LC_ALL=C.UTF-8 HOME="$home" "$usr/bin/lumeno-enroll" check 2>&1)
 expect "the status without samples" 1 $?
 expect "where lumeno-enroll looks for samples" "lumeno-enroll: $data/faces/tavin is no folder: make \
 samples with \`lumeno-enroll take\`." "$told"
