@@ -5,10 +5,10 @@ include(GNUInstallDirs)
 option(LUMENO_BUNDLE_SENSOR "Install a libfreenect2 that is not the distribution's along" OFF)
 set(LUMENO_UDEV_RULES_DIR lib/udev/rules.d CACHE STRING "Folder of udev rules, below the prefix")
 set(LUMENO_SYSTEMD_USER_DIR lib/systemd/user CACHE STRING "Folder of user units, below the prefix")
-# Software centers take screenshots from the web only. Names below "example" are reserved: until
-# docs/images is published somewhere, the address leads nowhere, and never to a stranger.
-set(LUMENO_IMAGES_URL "https://lumeno.velmor.example/images"
-  CACHE STRING "Where the pictures of docs/images are published")
+# The metainfo must name a homepage, and screenshots on the web. Names below "example" are reserved:
+# until there is a page, the address leads nowhere, and never to a stranger.
+set(LUMENO_HOMEPAGE "https://lumeno.velmor.example"
+  CACHE STRING "Where the project is published, with docs/images as its folder images")
 mark_as_advanced(LUMENO_UDEV_RULES_DIR LUMENO_SYSTEMD_USER_DIR)
 
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
