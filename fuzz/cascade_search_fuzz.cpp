@@ -3,6 +3,7 @@
 #include "face/cascade_data.h"
 #include "face/cascade_search.h"
 #include "face/face_options.h"
+#include "face/library_search.h"
 #include "fuzz_input.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include <memory>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/objdetect.hpp>
-#include <tuple>
 #include <vector>
 
 namespace {
@@ -22,11 +22,7 @@ struct Pair {
 };
 
 Pair pairOf(const CascadeData& cascade) {
-    Pair pair;
-    const cv::FileStorage storage(cascadeText(cascade),
-                                  cv::FileStorage::READ | cv::FileStorage::MEMORY);
-    if (!pair.theirs.read(storage.getFirstTopLevelNode()))
-        return pair;
+    Pair pair{librarySearching(cascade), {}};
     for (const CascadeKernels& kernels : supportedCascadeKernels()) {
         if (auto search = CascadeSearch::make(cascade, kernels))
             pair.ours.push_back(std::move(search));
@@ -48,19 +44,8 @@ std::vector<Pair>& pairs() {
     return all;
 }
 
-std::vector<cv::Rect> sorted(std::vector<cv::Rect> rects) {
-    const auto key = [](const cv::Rect& rect) {
-        return std::tuple(rect.width, rect.height, rect.y, rect.x);
-    };
-    std::sort(rects.begin(), rects.end(),
-              [&key](const cv::Rect& a, const cv::Rect& b) { return key(a) < key(b); });
-    return rects;
-}
-
 void compare(Pair& pair, const cv::Mat& picture, double factor, cv::Size minSize) {
-    std::vector<cv::Rect> wanted;
-    pair.theirs.cc->detectMultiScale(picture, wanted, factor, 0, 0, minSize, cv::Size());
-    wanted = sorted(wanted);
+    const std::vector<cv::Rect> wanted = libraryFinds(pair.theirs, picture, factor, minSize);
     for (const auto& search : pair.ours) {
         require(sorted(search->candidates(picture, factor, minSize)) == wanted,
                 "the candidates are the library's");

@@ -206,7 +206,7 @@ void CascadeTables::tryAllSums(KernelStage& stage, const std::vector<PlannedStum
         int kernel = 0;
     };
     std::vector<Sum> sums{{0.0, stage.start}};
-    const KernelStump* next = &*stumps.end() - planned.size();
+    const KernelStump* next = stumps.data() + (stumps.size() - planned.size());
     for (const PlannedStump& stump : planned) {
         const int weight = (next++)->weight;
         const std::size_t half = sums.size();
