@@ -1,4 +1,5 @@
 #include "face/cascade_data.h"
+#include "face/cascade_order.h"
 #include "face/cascade_search.h"
 #include "face/face_pass.h"
 #include "face/owner_model.h"
@@ -112,7 +113,9 @@ private:
     static std::unique_ptr<CascadeSearch> search(const std::string& path,
                                                  const CascadeKernels& kernels) {
         const auto cascade = readCascade(path);
-        auto made = cascade ? CascadeSearch::make(*cascade, kernels) : nullptr;
+        auto made = cascade ? CascadeSearch::make(quicklyOrdered(*cascade, trialPictures().front()),
+                                                  kernels)
+                            : nullptr;
         if (!made)
             throw std::runtime_error("the cascades are not installed");
         return made;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <opencv2/core/persistence.hpp>
 
 namespace {
@@ -161,20 +162,25 @@ std::optional<CascadeData> parseCascade(const std::string& text) {
     return readFrom(cv::FileStorage(text, cv::FileStorage::READ | cv::FileStorage::MEMORY));
 }
 
-CascadeData cutCascade(const CascadeData& cascade, std::size_t stageCount) {
-    CascadeData cut;
-    cut.window = cascade.window;
-    const std::size_t count = std::min(stageCount, cascade.stages.size());
-    for (std::size_t stage = 0; stage < count; ++stage) {
-        const CascadeData::Stage& rule = cascade.stages[stage];
-        cut.stages.push_back(rule);
-        for (std::size_t i = rule.firstStump; i < rule.firstStump + rule.stumpCount; ++i) {
-            CascadeData::Stump& stump = cut.stumps.emplace_back(cascade.stumps[i]);
-            cut.features.push_back(cascade.features[stump.feature]);
-            stump.feature = cut.features.size() - 1;
+CascadeData withStages(const CascadeData& cascade, const std::vector<std::size_t>& stages) {
+    CascadeData result;
+    result.window = cascade.window;
+    for (const std::size_t number : stages) {
+        const CascadeData::Stage& stage = cascade.stages[number];
+        result.stages.push_back({result.stumps.size(), stage.stumpCount, stage.threshold});
+        for (std::size_t i = stage.firstStump; i < stage.firstStump + stage.stumpCount; ++i) {
+            CascadeData::Stump& stump = result.stumps.emplace_back(cascade.stumps[i]);
+            result.features.push_back(cascade.features[stump.feature]);
+            stump.feature = result.features.size() - 1;
         }
     }
-    return cut;
+    return result;
+}
+
+CascadeData cutCascade(const CascadeData& cascade, std::size_t stageCount) {
+    std::vector<std::size_t> first(std::min(stageCount, cascade.stages.size()));
+    std::iota(first.begin(), first.end(), std::size_t{0});
+    return withStages(cascade, first);
 }
 
 std::string cascadeText(const CascadeData& cascade) {

@@ -41,7 +41,11 @@ std::optional<CascadeData> readCascade(const std::string& path);
 /// The same from the file's text.
 std::optional<CascadeData> parseCascade(const std::string& text);
 
-/// The cascade with its first `stageCount` stages only, and the features that they use.
+/// The cascade with these stages only, numbers of its own ones in the order wanted, and the
+/// features that they use.
+CascadeData withStages(const CascadeData& cascade, const std::vector<std::size_t>& stages);
+
+/// The cascade with its first `stageCount` stages only.
 CascadeData cutCascade(const CascadeData& cascade, std::size_t stageCount);
 
 /// The text of a cascade file, as cv::FileStorage reads it.

@@ -1,12 +1,12 @@
 #include "face/cascade_guard.h"
 
 #include "face/cascade_data.h"
+#include "face/cascade_order.h"
 #include "face/cascade_search.h"
 
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <opencv2/imgproc.hpp>
 #include <tuple>
 
 namespace {
@@ -74,25 +74,6 @@ private:
     std::unique_ptr<CascadeSearch> search;
 };
 
-/// Blurred noise of several grain sizes, one above the other. The sizes are such that windows end
-/// at all kinds of places in a block and a strip.
-std::vector<cv::Mat> renderedPictures() {
-    std::vector<cv::Mat> pictures;
-    cv::RNG random(20);
-    for (const cv::Size size : {cv::Size(131, 97), cv::Size(90, 120), cv::Size(167, 64)}) {
-        cv::Mat sum(size, CV_32F, cv::Scalar(128.0));
-        for (const int grain : {3, 6, 12}) {
-            cv::Mat coarse(size.height / grain, size.width / grain, CV_32F);
-            random.fill(coarse, cv::RNG::NORMAL, 0.0, 30.0);
-            cv::Mat layer;
-            cv::resize(coarse, layer, size, 0.0, 0.0, cv::INTER_CUBIC);
-            sum += layer;
-        }
-        sum.convertTo(pictures.emplace_back(), CV_8U);
-    }
-    return pictures;
-}
-
 void sort(std::vector<cv::Rect>& rects) {
     const auto key = [](const cv::Rect& rect) {
         return std::tuple(rect.width, rect.height, rect.y, rect.x);
@@ -129,11 +110,12 @@ bool cutFindTheSame(const CascadeData& cascade, std::size_t stages,
 std::string replaceCascadeSearch(cv::CascadeClassifier& cascade, const std::string& path) {
     try {
         const std::optional<CascadeData> data = readCascade(path);
-        auto search =
-            data ? CascadeSearch::make(*data, supportedCascadeKernels().front()) : nullptr;
+        const std::vector<cv::Mat> pictures = trialPictures();
+        auto search = data ? CascadeSearch::make(quicklyOrdered(*data, pictures.front()),
+                                                 supportedCascadeKernels().front())
+                           : nullptr;
         if (!search)
             return "a kind of cascade that only the library knows";
-        const std::vector<cv::Mat> pictures = renderedPictures();
         for (const std::size_t stages : {1U, 3U, 9U}) {
             if (stages < data->stages.size() && !cutFindTheSame(*data, stages, pictures))
                 return "its first stages find something different";

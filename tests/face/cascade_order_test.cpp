@@ -1,0 +1,108 @@
+#include "face/cascade_order.h"
+
+#include "cascade_pictures.h"
+#include "face/cascade_search.h"
+#include "face/face_options.h"
+
+#include <QTest>
+#include <algorithm>
+
+namespace {
+
+constexpr double scaleFactor = 1.1;
+/// Below every sum of a stage, so that all windows pass, and above every one.
+constexpr float passes = -1000.0F;
+constexpr float fails = 1000.0F;
+
+CascadeData frontal() {
+    std::optional<CascadeData> data = readCascade(face::Options().frontalCascadePath);
+    if (!data)
+        qFatal("the cascade is not understood");
+    return std::move(*data);
+}
+
+/// Thresholds tell which stage is which.
+std::vector<float> thresholds(const CascadeData& cascade) {
+    std::vector<float> all;
+    for (const CascadeData::Stage& stage : cascade.stages)
+        all.push_back(stage.threshold);
+    return all;
+}
+
+} // namespace
+
+class CascadeOrderTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aStageThatLeavesAllOutComesBeforeOneThatLeavesNoneOut();
+    void aStageWithFewerStumpsComesBeforeOneThatLeavesAsManyOut();
+    void theFirstTwoStagesKeepTheirPlaces();
+    void everyStageIsThereOnce();
+    void findsTheSameInAnyOrder();
+    void leavesFewAndVeryManyStagesAsTheyAre();
+};
+
+void CascadeOrderTest::aStageThatLeavesAllOutComesBeforeOneThatLeavesNoneOut() {
+    CascadeData cascade = cutCascade(frontal(), 5);
+    cascade.stages[2].threshold = passes;
+    cascade.stages[4].threshold = fails;
+    const float third = cascade.stages[3].threshold;
+    const std::vector<float> order = thresholds(quicklyOrdered(cascade, trialPictures().front()));
+    QCOMPARE(order[2], fails);
+    QVERIFY(std::find(order.begin() + 3, order.end(), passes) != order.end());
+    QVERIFY(std::find(order.begin() + 3, order.end(), third) != order.end());
+}
+
+void CascadeOrderTest::aStageWithFewerStumpsComesBeforeOneThatLeavesAsManyOut() {
+    const CascadeData whole = frontal();
+    CascadeData cascade = withStages(whole, {0, 1, 9, 3});
+    QVERIFY(cascade.stages[2].stumpCount > cascade.stages[3].stumpCount);
+    cascade.stages[2].threshold = fails;
+    cascade.stages[3].threshold = fails + 1.0F;
+    QCOMPARE(thresholds(quicklyOrdered(cascade, trialPictures().front()))[2], fails + 1.0F);
+}
+
+void CascadeOrderTest::theFirstTwoStagesKeepTheirPlaces() {
+    CascadeData cascade = cutCascade(frontal(), 4);
+    cascade.stages[0].threshold = passes;
+    cascade.stages[1].threshold = passes - 1.0F;
+    const std::vector<float> order = thresholds(quicklyOrdered(cascade, trialPictures().front()));
+    QCOMPARE(order[0], passes);
+    QCOMPARE(order[1], passes - 1.0F);
+}
+
+void CascadeOrderTest::everyStageIsThereOnce() {
+    const CascadeData whole = frontal();
+    const CascadeData ordered = quicklyOrdered(whole, trialPictures().front());
+    QCOMPARE(ordered.stumps.size(), whole.stumps.size());
+    QVERIFY(std::ranges::is_permutation(thresholds(ordered), thresholds(whole)));
+    QVERIFY(thresholds(ordered) != thresholds(whole));
+}
+
+void CascadeOrderTest::findsTheSameInAnyOrder() {
+    const CascadeData cascade = cutCascade(frontal(), 6);
+    const CascadeKernels& kernels = supportedCascadeKernels().front();
+    const auto asItIs = CascadeSearch::make(cascade, kernels);
+    const auto otherwise = CascadeSearch::make(withStages(cascade, {0, 5, 3, 1, 4, 2}), kernels);
+    std::size_t found = 0;
+    for (const NamedPicture& next : cascadePictures()) {
+        const auto candidates = asItIs->candidates(next.picture, scaleFactor, {});
+        QVERIFY2(otherwise->candidates(next.picture, scaleFactor, {}) == candidates,
+                 next.name.c_str());
+        found += candidates.size();
+    }
+    QVERIFY(found > 100);
+}
+
+void CascadeOrderTest::leavesFewAndVeryManyStagesAsTheyAre() {
+    const CascadeData whole = frontal();
+    const std::vector<std::size_t> many(100, 2);
+    for (const CascadeData& cascade :
+         {cutCascade(whole, 1), cutCascade(whole, 2), withStages(whole, many)}) {
+        QCOMPARE(thresholds(quicklyOrdered(cascade, trialPictures().front())), thresholds(cascade));
+    }
+}
+
+QTEST_GUILESS_MAIN(CascadeOrderTest)
+#include "cascade_order_test.moc"
