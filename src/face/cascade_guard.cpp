@@ -3,6 +3,7 @@
 #include "face/cascade_data.h"
 #include "face/cascade_order.h"
 #include "face/cascade_search.h"
+#include "face/shared_search.h"
 
 #include <algorithm>
 #include <array>
@@ -11,68 +12,7 @@
 
 namespace {
 
-constexpr double groupTolerance = 0.2; // as the library groups
 constexpr double scaleFactor = 1.1;
-/// Scale factors beyond these are not worth a search of our own: they take the library for ever, or
-/// one scale.
-constexpr double minScaleFactor = 1.001;
-constexpr double maxScaleFactor = 100.0;
-
-/// A cascade whose searches are done by CascadeSearch where it can, and by the library elsewhere.
-class SearchingCascade : public cv::BaseCascadeClassifier {
-public:
-    SearchingCascade(cv::Ptr<cv::BaseCascadeClassifier> theirs, std::unique_ptr<CascadeSearch> ours)
-        : library(std::move(theirs)), search(std::move(ours)) {}
-
-    bool empty() const override { return library->empty(); }
-    bool load(const cv::String& filename) override {
-        search.reset(); // it belongs to another file
-        return library->load(filename);
-    }
-    void detectMultiScale(cv::InputArray image, std::vector<cv::Rect>& hits, double factor,
-                          int minNeighbors, int flags, cv::Size minSize,
-                          cv::Size maxSize) override {
-        if (!canSearch(image, factor, maxSize)) {
-            library->detectMultiScale(image, hits, factor, minNeighbors, flags, minSize, maxSize);
-            return;
-        }
-        hits = search->candidates(image.getMat(), factor, minSize);
-        cv::groupRectangles(hits, minNeighbors, groupTolerance);
-    }
-    void detectMultiScale(cv::InputArray image, std::vector<cv::Rect>& hits,
-                          std::vector<int>& numbers, double factor, int minNeighbors, int flags,
-                          cv::Size minSize, cv::Size maxSize) override {
-        library->detectMultiScale(image, hits, numbers, factor, minNeighbors, flags, minSize,
-                                  maxSize);
-    }
-    void detectMultiScale(cv::InputArray image, std::vector<cv::Rect>& hits,
-                          std::vector<int>& levels, std::vector<double>& weights, double factor,
-                          int minNeighbors, int flags, cv::Size minSize, cv::Size maxSize,
-                          bool outputRejectLevels) override {
-        library->detectMultiScale(image, hits, levels, weights, factor, minNeighbors, flags,
-                                  minSize, maxSize, outputRejectLevels);
-    }
-    bool isOldFormatCascade() const override { return library->isOldFormatCascade(); }
-    cv::Size getOriginalWindowSize() const override { return library->getOriginalWindowSize(); }
-    int getFeatureType() const override { return library->getFeatureType(); }
-    void* getOldCascade() override { return library->getOldCascade(); }
-    void setMaskGenerator(const cv::Ptr<MaskGenerator>& generator) override {
-        library->setMaskGenerator(generator);
-    }
-    cv::Ptr<MaskGenerator> getMaskGenerator() override { return library->getMaskGenerator(); }
-
-private:
-    bool canSearch(cv::InputArray image, double factor, cv::Size maxSize) {
-        return search && image.isMat() && image.dims() == 2 && image.type() == CV_8UC1 &&
-               image.size().width >= search->window().width &&
-               image.size().height >= search->window().height && factor >= minScaleFactor &&
-               factor <= maxScaleFactor && (maxSize.width == 0 || maxSize.height == 0) &&
-               library->getMaskGenerator().empty();
-    }
-
-    cv::Ptr<cv::BaseCascadeClassifier> library;
-    std::unique_ptr<CascadeSearch> search;
-};
 
 void sort(std::vector<cv::Rect>& rects) {
     const auto key = [](const cv::Rect& rect) {
@@ -122,7 +62,7 @@ std::string replaceCascadeSearch(cv::CascadeClassifier& cascade, const std::stri
         }
         if (!findTheSame(*cascade.cc, *search, pictures))
             return "both find something different";
-        cascade.cc = cv::Ptr<SearchingCascade>(new SearchingCascade(cascade.cc, std::move(search)));
+        searchBy(cascade, std::move(search));
         return {};
     } catch (const std::exception& error) {
         return error.what();

@@ -293,7 +293,40 @@ void narrow(const std::int32_t* sums, std::uint16_t* sums16, std::size_t count, 
 
 } // namespace
 
+/// `from` with its elements moved up by some places, and 0 in the first ones.
+template <int places>
+inline Words movedUp(Words from) {
+    Words sources; // below wordLanes an element of `from`, else one of the second vector
+    for (int i = 0; i < wordLanes; ++i)
+        sources[i] = static_cast<std::uint32_t>(i < places ? wordLanes : i - places);
+    return __builtin_shuffle(from, Words{}, sources);
+}
+
+/// Each element with all elements before it.
+inline Words runningSums(Words numbers) {
+    numbers += movedUp<1>(numbers);
+    numbers += movedUp<2>(numbers);
+    if constexpr (wordLanes > 4)
+        numbers += movedUp<4>(numbers);
+    if constexpr (wordLanes > 8)
+        numbers += movedUp<8>(numbers);
+    return numbers;
+}
+
+void addSquares(const unsigned char* pixels, const std::int32_t* above, std::int32_t* sums,
+                std::size_t count) {
+    sums[0] = 0;
+    Words before = {};
+    for (std::size_t x = 0; x < count; x += wordLanes) {
+        const auto pixel = __builtin_convertvector(loadAs<Bytes>(pixels + x), Squares);
+        const Words squares = runningSums(__builtin_convertvector(pixel * pixel, Words));
+        const Words sum = loadAs<Words>(above + x + 1) + before + squares;
+        __builtin_memcpy(sums + x + 1, &sum, sizeof sum);
+        before += squares[wordLanes - 1] - Words{};
+    }
+}
+
 extern const CascadeKernels kernels;
-const CascadeKernels kernels = {LUMENO_KERNELS_NAME, stripBytes, search, narrow};
+const CascadeKernels kernels = {LUMENO_KERNELS_NAME, stripBytes, search, narrow, addSquares};
 
 } // namespace LUMENO_KERNELS

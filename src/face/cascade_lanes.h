@@ -23,16 +23,25 @@ constexpr int lanes = 8;
 using Sums = std::uint16_t __attribute__((vector_size(lanes * 2)));
 using Numbers = std::int16_t __attribute__((vector_size(lanes * 2)));
 
-inline Sums load(const std::uint16_t* from) {
-    Sums value;
+/// Pixels, their squares and the sums of those.
+constexpr int wordLanes = lanes / 2;
+using Bytes = std::uint8_t __attribute__((vector_size(wordLanes)));
+using Squares = std::uint16_t __attribute__((vector_size(wordLanes * 2)));
+using Words = std::uint32_t __attribute__((vector_size(wordLanes * 4)));
+
+template <typename Vector, typename Element>
+inline Vector loadAs(const Element* from) {
+    Vector value;
     __builtin_memcpy(&value, from, sizeof value);
     return value;
 }
 
+inline Sums load(const std::uint16_t* from) {
+    return loadAs<Sums>(from);
+}
+
 inline Numbers load(const std::int16_t* from) {
-    Numbers value;
-    __builtin_memcpy(&value, from, sizeof value);
-    return value;
+    return loadAs<Numbers>(from);
 }
 
 #if defined(__AVX512BW__)

@@ -2,11 +2,15 @@
 
 #include "face/cascade_data.h"
 #include "face/cascade_kernels.h"
+#include "face/cascade_pyramid.h"
+#include "face/cascade_scales.h"
 #include "face/cascade_sums.h"
 #include "face/cascade_tables.h"
 
 #include <memory>
 #include <opencv2/core.hpp>
+#include <span>
+#include <stop_token>
 #include <vector>
 
 /// Searches 8-bit grey pictures with a cascade and finds what cv::CascadeClassifier finds, in a
@@ -31,14 +35,30 @@ public:
     /// x. `picture` is 8-bit grey of any size, `scaleFactor` above 1. Throws std::bad_alloc only.
     std::vector<cv::Rect> candidates(const cv::Mat& picture, double scaleFactor, cv::Size minSize);
 
+    /// One of several searches of the same picture.
+    struct Task {
+        CascadeSearch* search = nullptr;
+        bool mirrored = false; ///< Of the picture's mirror image.
+        std::vector<cv::Rect>
+            found{}; ///< As from candidates(); of a mirror image, as they lie there.
+    };
+    /// Fills in what the tasks find. Scale pictures and sums that several of them need are made
+    /// once. All were made for the same kernels. A stop is noticed at the next scale; then what was
+    /// found is not complete.
+    static void searchTogether(const cv::Mat& picture, std::span<Task> tasks, double scaleFactor,
+                               cv::Size minSize, const std::stop_token& stop = {});
+
     cv::Size window() const { return windowSize; }
 
 private:
     CascadeSearch(const CascadeData& cascade, CascadeTables prepared, const CascadeKernels& loops);
+    void searchScale(KernelPicture picture, const CascadeScale& scale,
+                     std::vector<cv::Rect>& found);
 
     const cv::Size windowSize;
     CascadeTables tables;
     const CascadeKernels& kernels;
+    CascadePyramid pyramid;
     CascadeSums sums;
     std::vector<std::uint64_t> strip;
 };

@@ -1,5 +1,6 @@
 #include "face/cascade_sums.h"
 
+#include <algorithm>
 #include <opencv2/imgproc.hpp>
 
 namespace {
@@ -22,25 +23,26 @@ std::size_t CascadeSums::strideFor(int width) {
     return units * rowUnit + rowUnit / 2;
 }
 
-KernelPicture CascadeSums::of(const cv::Mat& picture, cv::Size size, float scale,
-                              std::size_t stride, int step) {
-    const auto rows = static_cast<std::size_t>(size.height) + 1;
+KernelPicture CascadeSums::of(const cv::Mat& picture, std::size_t stride, int step) {
+    const cv::Size size(picture.cols + 1, picture.rows + 1);
+    const auto rows = static_cast<std::size_t>(size.height);
     const std::size_t elements = rows * stride + roomBehind;
-    makeRoom(pixels, static_cast<std::size_t>(size.area()));
     makeRoom(sums, elements);
     makeRoom(squares, elements);
     makeRoom(sums16, elements);
 
-    cv::Mat scaled(size, CV_8U, pixels.data());
-    cv::resize(picture, scaled, size, 1.0 / static_cast<double>(scale),
-               1.0 / static_cast<double>(scale), cv::INTER_LINEAR_EXACT);
-    const cv::Size sumSize(size.width + 1, size.height + 1);
-    cv::Mat sum(sumSize, CV_32S, sums.data(), stride * sizeof(std::int32_t));
-    cv::Mat square(sumSize, CV_32S, squares.data(), stride * sizeof(std::int32_t));
-    cv::integral(scaled, sum, square, CV_32S, CV_32S);
+    cv::Mat sum(size, CV_32S, sums.data(), stride * sizeof(std::int32_t));
+    cv::integral(picture, sum, CV_32S);
+    std::fill_n(squares.begin(), stride, 0);
     for (std::size_t y = 0; y < rows; ++y) {
         kernels.narrow(sums.data() + y * stride, sums16.data() + y * stride,
-                       static_cast<std::size_t>(sumSize.width), stride, step);
+                       static_cast<std::size_t>(size.width), stride, step);
+        // The library sums up squares one pixel after the other.
+        if (y > 0) {
+            std::int32_t* row = squares.data() + y * stride;
+            kernels.addSquares(picture.ptr(static_cast<int>(y - 1)), row - stride, row,
+                               static_cast<std::size_t>(picture.cols));
+        }
     }
     KernelPicture result{};
     result.sums16 = sums16.data();

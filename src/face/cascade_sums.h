@@ -13,13 +13,11 @@ public:
     /// How long a row of sums is for pictures of that width: elements.
     static std::size_t strideFor(int width);
 
-    /// Shrinks the picture to `size` and sums it; valid until the next call.
-    KernelPicture of(const cv::Mat& picture, cv::Size size, float scale, std::size_t stride,
-                     int step);
+    /// Sums up a scale picture of a CascadePyramid; valid until the next call.
+    KernelPicture of(const cv::Mat& picture, std::size_t stride, int step);
 
 private:
     const CascadeKernels& kernels;
-    std::vector<unsigned char> pixels;
     std::vector<std::int32_t> sums;
     std::vector<std::int32_t> squares;
     std::vector<std::uint16_t> sums16;

@@ -1,11 +1,13 @@
 #include "face/face_detection.h"
 
 #include "face/cascade_guard.h"
+#include "face/shared_search.h"
 
 #include <QDebug>
 #include <algorithm>
 #include <filesystem>
 #include <opencv2/imgproc.hpp>
+#include <span>
 #include <tuple>
 
 using face::DetectorMode;
@@ -68,55 +70,88 @@ cv::Mat prepared(const cv::Mat& gray, const Options& options) {
     return image;
 }
 
-std::vector<cv::Rect> detectPrepared(cv::CascadeClassifier& cascade, const cv::Mat& image,
-                                     const Options& options) {
-    std::vector<cv::Rect> hits;
+/// Hits are then in pixels of the image before it was shrunk.
+void searchPrepared(const cv::Mat& image, std::span<PictureSearch> searches, const Options& options,
+                    const std::stop_token& stop) {
     if (image.empty())
-        return hits;
+        return;
     const int minSide = std::max(1, scaled(options.minFaceSize, options.detectScale));
-    cascade.detectMultiScale(image, hits, options.scaleFactor, options.minNeighbors, 0,
-                             cv::Size(minSide, minSide), cv::Size());
+    detectTogether(image, searches, options.scaleFactor, options.minNeighbors,
+                   cv::Size(minSide, minSide), stop);
     const double back = 1.0 / options.detectScale;
-    for (cv::Rect& hit : hits) {
-        hit = cv::Rect(scaled(hit.x, back), scaled(hit.y, back), scaled(hit.width, back),
-                       scaled(hit.height, back));
+    for (PictureSearch& search : searches) {
+        for (cv::Rect& hit : search.hits) {
+            hit = cv::Rect(scaled(hit.x, back), scaled(hit.y, back), scaled(hit.width, back),
+                           scaled(hit.height, back));
+        }
     }
-    return hits;
 }
 
-/// The pictures in which the detectors of one image search: each is made once where sharing it
-/// changes no pixel.
-class SearchImages {
-public:
-    SearchImages(const cv::Mat& source, const Options& settings)
-        : gray(source), options(settings) {}
-
-    const cv::Mat& upright() {
-        // An image that is not shrunk is equalized in place, again for every detector: equalizing
-        // a second time changes pixels, so the first result cannot be used instead.
-        if (shrunk.empty() || !shrinks(options))
-            shrunk = prepared(gray, options);
-        return shrunk;
-    }
-
-    cv::Mat mirrored() {
-        cv::Mat mirror;
-        // Halving an even width takes the same pairs of columns from either side; in general the
-        // mirror image has to be shrunk on its own. Equalizing does not depend on where a pixel is.
-        if (options.detectScale == 0.5 && gray.cols % 2 == 0) {
-            if (!upright().empty())
-                cv::flip(upright(), mirror, 1);
-            return mirror;
-        }
-        cv::flip(gray, mirror, 1);
-        return prepared(mirror, options);
-    }
-
-private:
-    const cv::Mat& gray;
-    const Options& options;
-    cv::Mat shrunk;
+struct Detector {
+    const char* name = "";
+    cv::CascadeClassifier* cascade = nullptr;
+    bool mirrored = false; ///< Searches the mirror image.
 };
+
+std::vector<Detector> selectedDetectors(cv::CascadeClassifier& frontal,
+                                        cv::CascadeClassifier* profile, DetectorMode mode) {
+    const auto selects = [mode](DetectorMode one) {
+        return mode == one || mode == DetectorMode::FrontalOrProfile;
+    };
+    std::vector<Detector> detectors;
+    if (selects(DetectorMode::Frontal))
+        detectors.push_back({frontalName, &frontal, false});
+    if (profile && selects(DetectorMode::ProfileLeft))
+        detectors.push_back({leftName, profile, false});
+    if (profile && selects(DetectorMode::ProfileRight))
+        detectors.push_back({rightName, profile, true});
+    return detectors;
+}
+
+/// Halving an even width takes the same pairs of columns from either side; in general the mirror
+/// image has to be shrunk on its own. Equalizing does not depend on where a pixel is.
+bool mirrorsExactly(const cv::Mat& gray, const Options& options) {
+    return options.detectScale == 0.5 && gray.cols % 2 == 0;
+}
+
+/// How many of the detectors search the same pixels as the first one, or their mirror image.
+std::size_t countSharing(std::span<const Detector> detectors, const cv::Mat& gray,
+                         const Options& options) {
+    // An image that is not shrunk is equalized in place, again for every detector: equalizing a
+    // second time changes pixels, so the first result cannot be used instead.
+    if (!shrinks(options))
+        return 1;
+    const auto differing = std::find_if(
+        detectors.begin(), detectors.end(), [&, first = detectors.front()](const Detector& next) {
+            return next.mirrored != first.mirrored && !mirrorsExactly(gray, options);
+        });
+    return static_cast<std::size_t>(differing - detectors.begin());
+}
+
+/// Detectors that share an image.
+std::vector<FaceDetection> searchImage(const cv::Mat& gray, std::span<const Detector> detectors,
+                                       const Options& options, const std::stop_token& stop) {
+    cv::Mat image = gray;
+    const bool ownMirror = detectors.front().mirrored && !mirrorsExactly(gray, options);
+    if (ownMirror) {
+        image.release();
+        cv::flip(gray, image, 1);
+    }
+    std::vector<PictureSearch> searches;
+    for (const Detector& detector : detectors)
+        searches.push_back({detector.cascade, detector.mirrored && !ownMirror});
+    searchPrepared(prepared(image, options), searches, options, stop);
+
+    std::vector<FaceDetection> found;
+    for (std::size_t i = 0; i < detectors.size(); ++i) {
+        for (cv::Rect hit : searches[i].hits) {
+            if (detectors[i].mirrored)
+                hit.x = gray.cols - hit.x - hit.width;
+            found.push_back({hit, detectors[i].name});
+        }
+    }
+    return found;
+}
 
 /// Where the head of a body is looked for; empty where the body is not searched.
 cv::Rect headCrop(const QRect& body, const cv::Size& image) {
@@ -178,7 +213,9 @@ int detectorPriority(const std::string& detector) {
 
 std::vector<cv::Rect> detectFaces(cv::CascadeClassifier& cascade, cv::Mat& gray,
                                   const Options& options) {
-    return detectPrepared(cascade, prepared(gray, options), options);
+    PictureSearch search{&cascade};
+    searchPrepared(prepared(gray, options), {&search, 1}, options, {});
+    return std::move(search.hits);
 }
 
 std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascade,
@@ -187,24 +224,14 @@ std::vector<FaceDetection> detectFacesMulti(cv::CascadeClassifier& frontalCascad
     std::vector<FaceDetection> found;
     if (gray.empty())
         return found;
-    const auto selects = [&options, &stop](DetectorMode mode) {
-        return (options.detector == mode || options.detector == DetectorMode::FrontalOrProfile) &&
-               !stop.stop_requested();
-    };
-    SearchImages images(gray, options);
-    if (selects(DetectorMode::Frontal)) {
-        for (const cv::Rect& hit : detectPrepared(frontalCascade, images.upright(), options))
-            found.push_back({hit, frontalName});
-    }
-    if (profileCascade && selects(DetectorMode::ProfileLeft)) {
-        for (const cv::Rect& hit : detectPrepared(*profileCascade, images.upright(), options))
-            found.push_back({hit, leftName});
-    }
-    if (profileCascade && selects(DetectorMode::ProfileRight)) {
-        for (cv::Rect hit : detectPrepared(*profileCascade, images.mirrored(), options)) {
-            hit.x = gray.cols - hit.x - hit.width;
-            found.push_back({hit, rightName});
-        }
+    const std::vector<Detector> detectors =
+        selectedDetectors(frontalCascade, profileCascade, options.detector);
+    std::span<const Detector> left(detectors);
+    while (!left.empty() && !stop.stop_requested()) {
+        const std::size_t count = countSharing(left, gray, options);
+        const std::vector<FaceDetection> hits = searchImage(gray, left.first(count), options, stop);
+        found.insert(found.end(), hits.begin(), hits.end());
+        left = left.subspan(count);
     }
     return dedupeDetections(std::move(found));
 }
