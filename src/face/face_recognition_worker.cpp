@@ -225,13 +225,10 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
     logOverlays(overlays, nowMs);
     Q_EMIT overlaysReady(overlays);
 
-    PassRest::Outcome outcome;
-    for (const face::Track& track : tracks.tracks)
-        outcome.tracks.push_back(track.id);
-    outcome.unshownTrack = overlays.size() != static_cast<qsizetype>(tracks.tracks.size());
-    outcome.bodyRegions = input.bodyRegions.size();
+    const qsizetype bodies = input.bodyRegions.size();
+    const auto outcome = PassRest::outcomeOf(tracks, nowMs, bodies);
     if (const qint64 restMs = passRest.after(outcome, beganMs, steadyMs()); restMs > 0)
-        rest(restMs, outcome.bodyRegions);
+        rest(restMs, bodies);
 }
 
 void FaceRecognitionWorker::logOverlays(const QList<FaceOverlay>& overlays, qint64 nowMs) {

@@ -102,10 +102,14 @@ void countVotes(Track& track, const FaceObservation& face, qint64 nowMs) {
     }
 }
 
+bool isLargeEnough(const cv::Rect& face) {
+    return face.width > confirmLargerThanPx && face.height > confirmLargerThanPx;
+}
+
 bool confirms(const Track& track, const FaceObservation& face, qint64 nowMs) {
     const int needed = face.detector == "frontal" ? frontalHitsToConfirm : otherHitsToConfirm;
-    return !face.owner && track.hits >= needed && face.rect.width > confirmLargerThanPx &&
-           face.rect.height > confirmLargerThanPx && nowMs - track.firstSeenMs >= confirmAfterMs;
+    return !face.owner && track.hits >= needed && isLargeEnough(face.rect) &&
+           nowMs - track.firstSeenMs >= confirmAfterMs;
 }
 
 QString renewedLabel(const Track& track, const FaceObservation& face, qint64 nowMs,
@@ -126,10 +130,6 @@ void updateTrack(Track& track, const FaceObservation& face, qint64 nowMs, int lo
     track.confidence = face.distance;
     track.detector = QString::fromStdString(face.detector);
     track.lastSeenMs = nowMs;
-}
-
-bool isShown(const Track& track) {
-    return track.label == identity::owner || track.confirmed;
 }
 
 bool isFarCrop(const QString& detector) {
@@ -197,6 +197,15 @@ FaceTracks updateFaceTracks(FaceTracks previous, const std::vector<FaceObservati
         return nowMs - track.lastSeenMs > (isShown(track) ? lostTimeoutMs : unshownKeptMs);
     });
     return now;
+}
+
+bool isShown(const Track& track) {
+    return track.label == identity::owner || track.confirmed;
+}
+
+bool isAboutToBeShown(const Track& track, qint64 nowMs) {
+    return !isShown(track) && track.lastSeenMs == nowMs && isLargeEnough(track.rect) &&
+           !isFarCrop(track.detector);
 }
 
 QList<FaceOverlay> faceOverlays(const FaceTracks& tracks, qint64 nowMs, int lostTimeoutMs) {

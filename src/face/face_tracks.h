@@ -54,6 +54,14 @@ QColor unknownColor(int id);
 FaceTracks updateFaceTracks(FaceTracks previous, const std::vector<FaceObservation>& faces,
                             qint64 nowMs, int lostTimeoutMs);
 
+/// Whether the track is the owner's or confirmed, so that it has an overlay.
+bool isShown(const face::Track& track);
+
+/// Whether the track, seen last at `nowMs`, is not shown yet but is likely to be after some more
+/// passes: its face is large enough to be confirmed and was found in the whole frame. A face of
+/// that size that only a body's enlarged crop shows is more often none.
+bool isAboutToBeShown(const face::Track& track, qint64 nowMs);
+
 /// One overlay for every track that is the owner's or confirmed, in the order of the tracks.
 QList<FaceOverlay> faceOverlays(const FaceTracks& tracks, qint64 nowMs, int lostTimeoutMs);
 

@@ -1,28 +1,35 @@
 #pragma once
 
+#include "face/face_tracks.h"
+
 #include <QtGlobal>
 #include <vector>
 
 /// Decides how long the face worker rests between two passes.
 ///
-/// 1. Whatever is new keeps it awake for two seconds: another number of body regions, a track that
-///    came or went, and a track that is not yet shown, since that one becomes an owner or a
-///    stranger by being seen often.
-/// 2. Otherwise it rests until `cycleMs` after the pass began. A face that stays in view is then
+/// 1. A face that came or went on the screen and a body region more keep it awake for two seconds.
+/// 2. A face that is about to be shown keeps it awake for as long as every pass sees it, since it
+///    becomes a stranger by being seen often.
+/// 3. Otherwise it rests until `cycleMs` after the pass began. A face that stays in view is then
 ///    seen again before it counts as not seen (500 ms), also with a frame that comes a little late.
+///
+/// Other tracks are not looked at: in nearly every picture of a body some small hits that are no
+/// faces come and go. A body region less only ends a rest that is under way (see the worker), for
+/// its face is looked for no sooner by more passes.
 class PassRest {
 public:
-    static constexpr qint64 cycleMs = 380;
+    static constexpr qint64 cycleMs = 390;
     static constexpr qint64 awakeMs = 2000;
 
     /// What a pass left behind.
     struct Outcome {
-        std::vector<int> tracks; ///< Numbers of all tracks, in their order.
-        bool unshownTrack = false;
+        std::vector<int> shown; ///< Numbers of the tracks that are shown, in their order.
+        bool aboutToShow = false;
         qsizetype bodyRegions = 0;
-
-        bool operator==(const Outcome&) const = default;
     };
+
+    /// What the pass that saw faces at `nowMs` left behind.
+    static Outcome outcomeOf(const FaceTracks& tracks, qint64 nowMs, qsizetype bodyRegions);
 
     /// How long to rest after a pass from `beganMs` to `endedMs` of a clock that does not jump:
     /// milliseconds, 0 for not at all.
