@@ -1,6 +1,7 @@
 // The cascade search against the library's own, over pictures, parameters and cascade files.
 
 #include "face/cascade_data.h"
+#include "face/cascade_order.h"
 #include "face/cascade_search.h"
 #include "face/face_options.h"
 #include "face/library_search.h"
@@ -38,6 +39,7 @@ std::vector<Pair>& pairs() {
             const auto data = readCascade(path);
             for (const std::size_t stages : {1U, 2U, 4U, 9U, 100U})
                 made.push_back(pairOf(cutCascade(*data, stages)));
+            made.push_back(pairOf(quicklyOrdered(*data, trialPictures().front())));
         }
         return made;
     }();
@@ -50,6 +52,14 @@ void compare(Pair& pair, const cv::Mat& picture, double factor, cv::Size minSize
         require(sorted(search->candidates(picture, factor, minSize)) == wanted,
                 "the candidates are the library's");
     }
+    cv::Mat mirror;
+    cv::flip(picture, mirror, 1);
+    CascadeSearch& search = *pair.ours.front();
+    std::vector<CascadeSearch::Task> tasks{{&search}, {&search, true}};
+    CascadeSearch::searchTogether(picture, tasks, factor, minSize);
+    require(sorted(tasks[0].found) == wanted, "a search with another one finds the same");
+    require(sorted(tasks[1].found) == libraryFinds(pair.theirs, mirror, factor, minSize),
+            "so does the one of the mirror image");
 }
 
 /// Noise of a grain and a contrast that the input chooses, with bytes of the input in it.
