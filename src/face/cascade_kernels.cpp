@@ -315,7 +315,6 @@ inline Words runningSums(Words numbers) {
 
 void addSquares(const unsigned char* pixels, const std::int32_t* above, std::int32_t* sums,
                 std::size_t count) {
-    sums[0] = 0;
     Words before = {};
     for (std::size_t x = 0; x < count; x += wordLanes) {
         const auto pixel = __builtin_convertvector(loadAs<Bytes>(pixels + x), Squares);

@@ -115,9 +115,10 @@ struct CascadeKernels {
     /// step is 2.
     void (*narrow)(const std::int32_t* sums, std::uint16_t* sums16, std::size_t count,
                    std::size_t stride, int step);
-    /// One row of the integral of squares, modulo 2^32: the 0 in front and the sums of the row
-    /// above, `above`, plus those of the squares of `count` pixels up to there. Both rows and the
-    /// pixels are read, and `sums` is written, up to 16 elements behind their end.
+    /// One row of the integral of squares, modulo 2^32, but for its first element, which nobody
+    /// needs: the sums of the row above plus those of the squares of `count` pixels up to there.
+    /// Both rows and the pixels are read, and `sums` is written, up to 16 elements behind their
+    /// end.
     void (*addSquares)(const unsigned char* pixels, const std::int32_t* above, std::int32_t* sums,
                        std::size_t count);
 };

@@ -1,6 +1,5 @@
 #include "face/cascade_sums.h"
 
-#include <algorithm>
 #include <opencv2/imgproc.hpp>
 
 namespace {
@@ -33,11 +32,11 @@ KernelPicture CascadeSums::of(const cv::Mat& picture, std::size_t stride, int st
 
     cv::Mat sum(size, CV_32S, sums.data(), stride * sizeof(std::int32_t));
     cv::integral(picture, sum, CV_32S);
-    std::fill_n(squares.begin(), stride, 0);
     for (std::size_t y = 0; y < rows; ++y) {
         kernels.narrow(sums.data() + y * stride, sums16.data() + y * stride,
                        static_cast<std::size_t>(size.width), stride, step);
-        // The library sums up squares one pixel after the other.
+        // The library sums up squares one pixel after the other. Only differences between rows
+        // below the first count, so that the first one may hold whatever it held before.
         if (y > 0) {
             std::int32_t* row = squares.data() + y * stride;
             kernels.addSquares(picture.ptr(static_cast<int>(y - 1)), row - stride, row,

@@ -37,6 +37,7 @@ class CascadeOrderTest : public QObject {
 private Q_SLOTS:
     void aStageThatLeavesAllOutComesBeforeOneThatLeavesNoneOut();
     void aStageWithFewerStumpsComesBeforeOneThatLeavesAsManyOut();
+    void onlyWindowsThatAreLeftCount();
     void theFirstTwoStagesKeepTheirPlaces();
     void everyStageIsThereOnce();
     void findsTheSameInAnyOrder();
@@ -61,6 +62,13 @@ void CascadeOrderTest::aStageWithFewerStumpsComesBeforeOneThatLeavesAsManyOut() 
     cascade.stages[2].threshold = fails;
     cascade.stages[3].threshold = fails + 1.0F;
     QCOMPARE(thresholds(quicklyOrdered(cascade, trialPictures().front()))[2], fails + 1.0F);
+}
+
+/// A stage leaves nothing out that its double has left out already.
+void CascadeOrderTest::onlyWindowsThatAreLeftCount() {
+    const std::vector<float> order = thresholds(
+        quicklyOrdered(withStages(frontal(), {0, 1, 2, 2, 3, 3}), trialPictures().front()));
+    QVERIFY(order[2] != order[3]);
 }
 
 void CascadeOrderTest::theFirstTwoStagesKeepTheirPlaces() {
@@ -97,7 +105,9 @@ void CascadeOrderTest::findsTheSameInAnyOrder() {
 
 void CascadeOrderTest::leavesFewAndVeryManyStagesAsTheyAre() {
     const CascadeData whole = frontal();
-    const std::vector<std::size_t> many(100, 2);
+    std::vector<std::size_t> many;
+    for (std::size_t i = 0; i < 100; ++i)
+        many.push_back(i % whole.stages.size());
     for (const CascadeData& cascade :
          {cutCascade(whole, 1), cutCascade(whole, 2), withStages(whole, many)}) {
         QCOMPARE(thresholds(quicklyOrdered(cascade, trialPictures().front())), thresholds(cascade));

@@ -101,15 +101,19 @@ void SharedSearchTest::scalesMirrorExactlyWherePicturesDo() {
 
 void SharedSearchTest::severalSearchesFindWhatEachFindsAlone() {
     QFETCH(cv::Mat, picture);
-    std::vector<CascadeSearch::Task> tasks{
-        {frontal.get()}, {profile.get()}, {profile.get(), true}, {frontal.get(), true}};
-    CascadeSearch::searchTogether(picture, tasks, scaleFactor, {});
-    for (const CascadeSearch::Task& task : tasks) {
-        const cv::Mat searched = task.mirrored ? mirrorOf(picture) : picture;
-        QCOMPARE(task.found, task.search->candidates(searched, scaleFactor, {}));
+    // The frontal cascade's windows are larger, so that with the second minimum it begins at a
+    // smaller scale than the profile cascade.
+    for (const cv::Size minSize : {cv::Size(), cv::Size(23, 23)}) {
+        std::vector<CascadeSearch::Task> tasks{
+            {frontal.get()}, {profile.get()}, {frontal.get(), true}, {profile.get(), true}};
+        CascadeSearch::searchTogether(picture, tasks, scaleFactor, minSize);
+        for (const CascadeSearch::Task& task : tasks) {
+            const cv::Mat searched = task.mirrored ? mirrorOf(picture) : picture;
+            QCOMPARE(task.found, task.search->candidates(searched, scaleFactor, minSize));
+        }
+        QVERIFY(!tasks[1].found.empty());
+        QCOMPARE(tasks[0].found.empty(), picture.rows < frontal->window().height);
     }
-    QVERIFY(!tasks[1].found.empty());
-    QCOMPARE(tasks[0].found.empty(), picture.rows < frontal->window().height);
 }
 
 /// What is kept of a picture must not be taken for that of another one.
