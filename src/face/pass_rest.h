@@ -3,11 +3,11 @@
 #include "face/face_tracks.h"
 
 #include <QtGlobal>
-#include <vector>
 
 /// Decides how long the face worker rests between two passes.
 ///
-/// 1. A face that came or went on the screen and a body region more keep it awake for two seconds.
+/// 1. A body region more keeps it awake for two seconds; so does a face that is shown, from when it
+///    was first seen, and again from when it was last seen if it is not seen any more.
 /// 2. A face that is about to be shown keeps it awake for as long as every pass sees it, since it
 ///    becomes a stranger by being seen often.
 /// 3. Otherwise it rests until `cycleMs` after the pass began. A face that stays in view is then
@@ -23,8 +23,7 @@ public:
 
     /// What a pass left behind.
     struct Outcome {
-        std::vector<int> shown; ///< Numbers of the tracks that are shown, in their order.
-        bool aboutToShow = false;
+        bool newFace = false; ///< One that is shown came or went, or one is about to be shown.
         qsizetype bodyRegions = 0;
     };
 
@@ -36,7 +35,7 @@ public:
     qint64 after(const Outcome& outcome, qint64 beganMs, qint64 endedMs);
 
 private:
-    Outcome last;
+    qsizetype lastBodyRegions = 0;
     qint64 awakeUntilMs = 0;
     bool begun = false;
 };

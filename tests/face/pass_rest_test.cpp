@@ -38,11 +38,11 @@ private Q_SLOTS:
     void restsOnceNothingWasNewForTwoSeconds();
     void aCycleIsAtMost400Milliseconds();
     void aLongPassIsFollowedByNoRest();
-    void whateverIsNewKeepsItAwakeForTwoSeconds_data();
-    void whateverIsNewKeepsItAwakeForTwoSeconds();
-    void neverRestsWhileATrackIsAboutToBeShown();
-    void onlyTracksThatAreOrWillBeShownCount_data();
-    void onlyTracksThatAreOrWillBeShownCount();
+    void aRegionMoreKeepsItAwakeForTwoSeconds();
+    void aRegionLessDoesNotKeepItAwake();
+    void neverRestsWhileAFaceIsNew();
+    void onlyFacesThatAreOrWillBeShownAreNew_data();
+    void onlyFacesThatAreOrWillBeShownAreNew();
 };
 
 void PassRestTest::restsOnceNothingWasNewForTwoSeconds() {
@@ -56,9 +56,9 @@ void PassRestTest::restsOnceNothingWasNewForTwoSeconds() {
 
 void PassRestTest::aCycleIsAtMost400Milliseconds() {
     Passes passes;
-    passes.untilRest({{1, 2}, false, 1});
+    passes.untilRest({false, 1});
     for (const qint64 lengthMs : {1, 50, 100, 250, 389}) {
-        const qint64 restMs = passes.next({{1, 2}, false, 1}, lengthMs);
+        const qint64 restMs = passes.next({false, 1}, lengthMs);
         QVERIFY(restMs > 0);
         QVERIFY(lengthMs + restMs <= 400);
         QVERIFY(lengthMs + restMs >= 350);
@@ -72,89 +72,80 @@ void PassRestTest::aLongPassIsFollowedByNoRest() {
     QCOMPARE(passes.next({}, 5000), 0);
 }
 
-void PassRestTest::whateverIsNewKeepsItAwakeForTwoSeconds_data() {
-    QTest::addColumn<QList<int>>("shown");
-    QTest::addColumn<int>("regions");
-    QTest::addColumn<bool>("awake");
-    QTest::newRow("a face more") << QList<int>{1, 2, 3} << 1 << true;
-    QTest::newRow("a face lost") << QList<int>{1} << 1 << true;
-    QTest::newRow("another face") << QList<int>{1, 3} << 1 << true;
-    QTest::newRow("a region more") << QList<int>{1, 2} << 2 << true;
-    QTest::newRow("a region less") << QList<int>{1, 2} << 0 << false;
-    QTest::newRow("nothing") << QList<int>{1, 2} << 1 << false;
-}
-
-void PassRestTest::whateverIsNewKeepsItAwakeForTwoSeconds() {
-    QFETCH(QList<int>, shown);
-    QFETCH(int, regions);
-    QFETCH(bool, awake);
+void PassRestTest::aRegionMoreKeepsItAwakeForTwoSeconds() {
     Passes passes;
-    passes.untilRest({{1, 2}, false, 1});
-    const PassRest::Outcome other{{shown.begin(), shown.end()}, false, regions};
-    if (!awake) {
-        QVERIFY(passes.next(other) > 0);
-        return;
-    }
-    const qint64 beganMs = passes.nowMs;
-    while (passes.next(other) == 0) {
-    }
-    QVERIFY(passes.nowMs - beganMs >= 2000);
-    QVERIFY(passes.nowMs - beganMs <= 2000 + 2 * 400);
+    passes.untilRest({false, 1});
+    const qint64 awakeMs = passes.untilRest({false, 2});
+    QVERIFY(awakeMs >= 2000);
+    QVERIFY(awakeMs <= 2000 + 2 * 400);
 }
 
-void PassRestTest::neverRestsWhileATrackIsAboutToBeShown() {
+void PassRestTest::aRegionLessDoesNotKeepItAwake() {
+    Passes passes;
+    passes.untilRest({false, 2});
+    QVERIFY(passes.next({false, 1}) > 0);
+    QVERIFY(passes.next({false, 1}) > 0);
+}
+
+void PassRestTest::neverRestsWhileAFaceIsNew() {
     Passes passes;
     for (int i = 0; i < 200; ++i)
-        QCOMPARE(passes.next({{1}, true, 0}), 0);
-    // What was not shown is not missed.
-    QVERIFY(passes.next({{1}, false, 0}) > 0);
+        QCOMPARE(passes.next({true, 0}), 0);
+    QVERIFY(passes.next({false, 0}) > 0);
 }
 
-void PassRestTest::onlyTracksThatAreOrWillBeShownCount_data() {
+void PassRestTest::onlyFacesThatAreOrWillBeShownAreNew_data() {
     QTest::addColumn<cv::Rect>("rect");
     QTest::addColumn<QString>("detector");
-    QTest::addColumn<int>("unseenMs");
     QTest::addColumn<bool>("owner");
     QTest::addColumn<bool>("confirmed");
-    QTest::addColumn<bool>("shown");
-    QTest::addColumn<bool>("aboutToShow");
+    QTest::addColumn<int>("knownMs");
+    QTest::addColumn<int>("unseenMs");
+    QTest::addColumn<bool>("isNew");
     const QString frame = QStringLiteral("frontal"), crop = QStringLiteral("frontal+far_crop");
     const QString side = QStringLiteral("profile_left");
     const cv::Rect large(400, 200, 85, 85), low(400, 200, 85, 84), narrow(400, 200, 84, 85);
-    QTest::newRow("large") << large << frame << 0 << false << false << false << true;
-    QTest::newRow("large, a profile") << large << side << 0 << false << false << false << true;
-    QTest::newRow("too low") << low << frame << 0 << false << false << false << false;
-    QTest::newRow("too narrow") << narrow << frame << 0 << false << false << false << false;
-    QTest::newRow("only in a crop") << large << crop << 0 << false << false << false << false;
-    QTest::newRow("not in this pass") << large << frame << 1 << false << false << false << false;
-    QTest::newRow("owner") << large << frame << 0 << true << false << true << false;
-    QTest::newRow("owner, far away") << low << crop << 900 << true << false << true << false;
-    QTest::newRow("stranger") << large << frame << 0 << false << true << true << false;
-    QTest::newRow("stranger, not seen") << low << crop << 900 << false << true << true << false;
+    const auto row = [](const char* name, const cv::Rect& rect, const QString& detector, bool owner,
+                        bool confirmed, int knownMs, int unseenMs, bool isNew) {
+        QTest::newRow(name) << rect << detector << owner << confirmed << knownMs << unseenMs
+                            << isNew;
+    };
+    row("about to be shown", large, frame, false, false, 5000, 0, true);
+    row("about to be shown, a profile", large, side, false, false, 5000, 0, true);
+    row("too low", low, frame, false, false, 0, 0, false);
+    row("too narrow", narrow, frame, false, false, 0, 0, false);
+    row("only in a crop", large, crop, false, false, 0, 0, false);
+    row("large, but not in this pass", large, frame, false, false, 5000, 1, false);
+    row("owner for long", large, frame, true, false, 2000, 0, false);
+    row("owner for less than two seconds", low, crop, true, false, 1999, 0, true);
+    row("stranger for long", large, frame, false, true, 2000, 0, false);
+    row("stranger for less than two seconds", large, frame, false, true, 1999, 0, true);
+    row("not seen any more", low, crop, false, true, 9000, 1, true);
+    row("not seen for less than two seconds", low, crop, true, false, 9000, 1999, true);
+    row("not seen for long", low, crop, true, false, 9000, 2000, false);
+    row("before the clock was set", large, frame, true, false, -1, -1, false);
 }
 
-void PassRestTest::onlyTracksThatAreOrWillBeShownCount() {
+void PassRestTest::onlyFacesThatAreOrWillBeShownAreNew() {
     QFETCH(cv::Rect, rect);
     QFETCH(QString, detector);
-    QFETCH(int, unseenMs);
     QFETCH(bool, owner);
     QFETCH(bool, confirmed);
+    QFETCH(int, knownMs);
+    QFETCH(int, unseenMs);
     constexpr qint64 nowMs = 1'700'000'000'000;
     FaceTracks tracks;
     tracks.tracks.resize(2); // a small hit stands behind it
     face::Track& track = tracks.tracks.front();
-    track.id = 7;
     track.rect = rect;
     track.detector = detector;
     track.label = owner ? identity::owner : identity::unknown;
     track.confirmed = confirmed;
+    track.firstSeenMs = nowMs - knownMs;
     track.lastSeenMs = nowMs - unseenMs;
     tracks.tracks.back().lastSeenMs = nowMs;
     const PassRest::Outcome outcome = PassRest::outcomeOf(tracks, nowMs, 3);
-    QTEST(!outcome.shown.empty(), "shown");
-    if (!outcome.shown.empty())
-        QCOMPARE(outcome.shown, std::vector{7});
-    QTEST(outcome.aboutToShow, "aboutToShow");
+    QTEST(outcome.newFace, "isNew");
     QCOMPARE(outcome.bodyRegions, 3);
 }
 
