@@ -294,22 +294,20 @@ void narrow(const std::int32_t* sums, std::uint16_t* sums16, std::size_t count, 
 } // namespace
 
 /// `from` with its elements moved up by some places, and 0 in the first ones.
-template <int places>
-inline Words movedUp(Words from) {
-    Words sources; // below wordLanes an element of `from`, else one of the second vector
-    for (int i = 0; i < wordLanes; ++i)
-        sources[i] = static_cast<std::uint32_t>(i < places ? wordLanes : i - places);
-    return __builtin_shuffle(from, Words{}, sources);
+template <int places, int... at>
+inline Words movedUp(Words from, Numbered<at...>) {
+    return __builtin_shufflevector(Words{}, from, (at + wordLanes - places)...);
 }
 
 /// Each element with all elements before it.
 inline Words runningSums(Words numbers) {
-    numbers += movedUp<1>(numbers);
-    numbers += movedUp<2>(numbers);
+    constexpr CountUp<wordLanes>::Result all;
+    numbers += movedUp<1>(numbers, all);
+    numbers += movedUp<2>(numbers, all);
     if constexpr (wordLanes > 4)
-        numbers += movedUp<4>(numbers);
+        numbers += movedUp<4>(numbers, all);
     if constexpr (wordLanes > 8)
-        numbers += movedUp<8>(numbers);
+        numbers += movedUp<8>(numbers, all);
     return numbers;
 }
 

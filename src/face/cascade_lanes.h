@@ -29,6 +29,16 @@ using Bytes = std::uint8_t __attribute__((vector_size(wordLanes)));
 using Squares = std::uint16_t __attribute__((vector_size(wordLanes * 2)));
 using Words = std::uint32_t __attribute__((vector_size(wordLanes * 4)));
 
+/// The numbers 0, 1, 2, ... up to a count as template arguments.
+template <int... numbers>
+struct Numbered {};
+template <int count, int... above>
+struct CountUp : CountUp<count - 1, count - 1, above...> {};
+template <int... numbers>
+struct CountUp<0, numbers...> {
+    using Result = Numbered<numbers...>;
+};
+
 template <typename Vector, typename Element>
 inline Vector loadAs(const Element* from) {
     Vector value;

@@ -24,11 +24,15 @@ constexpr unsigned long frameWaitMs = 250;
 
 constexpr const char* threadName = "face-search"; // at most 15 characters
 
-/// Gives the calling thread the lowest share of the processor among the threads of its log-in
-/// group. QThread's priorities do nothing under Linux's usual scheduling; niceness belongs to the
-/// thread there.
+/// A thread of this niceness gets a tenth of a processor that a thread of normal priority wants as
+/// well: enough to find faces in a few seconds. At 19 it would be a seventieth.
+constexpr int searchNiceness = 10;
+
+/// Gives the calling thread a small share of the processor among the threads of its log-in group.
+/// QThread's priorities do nothing under Linux's usual scheduling; niceness belongs to the thread
+/// there.
 void yieldProcessorToOthers() {
-    setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 19);
+    setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), searchNiceness);
 }
 
 /// How the status line calls the detectors that run.

@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QSemaphore>
 #include <QTest>
+#include <algorithm>
 #include <opencv2/core/utility.hpp>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -507,7 +508,7 @@ void FaceRecognitionWorkerTest::itGivesWayToOtherThreads() {
     worker.start();
     worker.submitFrame(QImage(8, 8, QImage::Format_RGB888));
     QTRY_VERIFY_WITH_TIMEOUT(ofWorker != -1, longMs);
-    QCOMPARE(ofWorker.load(), 19);
+    QCOMPARE(ofWorker.load(), std::max(before, 10));
     QCOMPARE(getpriority(PRIO_PROCESS, 0), before);
 }
 
