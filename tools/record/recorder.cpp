@@ -3,9 +3,10 @@
 #include "common/command_line.h"
 #include "kinect/sensor_session.h"
 
-#include <QStorageInfo>
+#include <QFile>
 
 #include <exception>
+#include <filesystem>
 #include <utility>
 
 namespace record {
@@ -221,7 +222,11 @@ std::optional<FrameSet> Recorder::usableSet(libfreenect2::FrameMap& frames) {
 }
 
 void Recorder::lookAtDisk() {
-    freeBytes = QStorageInfo(options.folder).bytesAvailable();
+    // QStorageInfo knows mounted volumes only; a system in a folder (chroot) may have none.
+    std::error_code error;
+    const auto space =
+        std::filesystem::space(QFile::encodeName(options.folder).toStdString(), error);
+    freeBytes = error ? -1 : static_cast<qint64>(space.available);
 }
 
 bool Recorder::isDiskNearlyFull() const {
