@@ -291,8 +291,6 @@ void narrow(const std::int32_t* sums, std::uint16_t* sums16, std::size_t count, 
         sums16[count / 2] = static_cast<std::uint16_t>(sums[count - 1]);
 }
 
-} // namespace
-
 /// `from` with its elements moved up by some places, and 0 in the first ones.
 template <int places, int... at>
 inline Words movedUp(Words from, Numbered<at...>) {
@@ -322,6 +320,8 @@ void addSquares(const unsigned char* pixels, const std::int32_t* above, std::int
         before += squares[wordLanes - 1] - Words{};
     }
 }
+
+} // namespace
 
 extern const CascadeKernels kernels;
 const CascadeKernels kernels = {LUMENO_KERNELS_NAME, stripBytes, search, narrow, addSquares};

@@ -9,6 +9,7 @@
 #include <QDebug>
 #include <QFile>
 #include <QMutexLocker>
+#include <algorithm>
 #include <chrono>
 #include <opencv2/core/utility.hpp>
 #include <sys/resource.h>
@@ -32,7 +33,9 @@ constexpr int searchNiceness = 10;
 /// QThread's priorities do nothing under Linux's usual scheduling; niceness belongs to the thread
 /// there.
 void yieldProcessorToOthers() {
-    setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), searchNiceness);
+    const auto thread = static_cast<id_t>(syscall(SYS_gettid));
+    // A program that was started nicer stays so: the super-user could take that back.
+    setpriority(PRIO_PROCESS, thread, std::max(getpriority(PRIO_PROCESS, thread), searchNiceness));
 }
 
 /// How the status line calls the detectors that run.

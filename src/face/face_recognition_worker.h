@@ -23,8 +23,8 @@
 /// - submitFrame() and setBodyRegions() may be called from any thread at any time, also before
 ///   start() and after the end. They return at once.
 /// - Only the newest frame counts: one that was not taken yet is replaced by the next.
-/// - A stop is noticed between the pieces of the start steps and between the detectors of a pass; a
-///   frame still waiting is not worked on.
+/// - A stop is noticed between the pieces of the start steps and within a search; a frame still
+///   waiting is not worked on.
 /// - The thread runs at a low priority. OpenCV is set to work in its callers' threads when a
 ///   worker is made, so that it starts none for it.
 /// - When nothing is new it rests between two passes; see PassRest.
