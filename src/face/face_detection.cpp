@@ -110,7 +110,7 @@ std::vector<Detector> selectedDetectors(cv::CascadeClassifier& frontal,
 
 /// Halving an even width takes the same pairs of columns from either side; in general the mirror
 /// image has to be shrunk on its own. Equalizing does not depend on where a pixel is.
-bool mirrorsExactly(const cv::Mat& gray, const Options& options) {
+bool halvesEvenly(const cv::Mat& gray, const Options& options) {
     return options.detectScale == 0.5 && gray.cols % 2 == 0;
 }
 
@@ -123,7 +123,7 @@ std::size_t countSharing(std::span<const Detector> detectors, const cv::Mat& gra
         return 1;
     const auto differing = std::find_if(
         detectors.begin(), detectors.end(), [&, first = detectors.front()](const Detector& next) {
-            return next.mirrored != first.mirrored && !mirrorsExactly(gray, options);
+            return next.mirrored != first.mirrored && !halvesEvenly(gray, options);
         });
     return static_cast<std::size_t>(differing - detectors.begin());
 }
@@ -132,7 +132,7 @@ std::size_t countSharing(std::span<const Detector> detectors, const cv::Mat& gra
 std::vector<FaceDetection> searchImage(const cv::Mat& gray, std::span<const Detector> detectors,
                                        const Options& options, const std::stop_token& stop) {
     cv::Mat image = gray;
-    const bool ownMirror = detectors.front().mirrored && !mirrorsExactly(gray, options);
+    const bool ownMirror = detectors.front().mirrored && !halvesEvenly(gray, options);
     if (ownMirror) {
         image.release();
         cv::flip(gray, image, 1);
