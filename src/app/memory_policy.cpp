@@ -51,6 +51,7 @@ constinit KeptBlocks kept;
 
 void giveLargeBlocksBack() {
     mallopt(M_MMAP_THRESHOLD, int{largeBlock});
+    mallopt(M_TRIM_THRESHOLD, int{keptAtHeapEnd});
 }
 
 // The other forms of new and delete, but for over-aligned types, end in these.

@@ -5,6 +5,11 @@
 /// What malloc gave in blocks of this size and more goes back to the system. In bytes.
 inline constexpr std::size_t largeBlock = std::size_t{1} << 20;
 
+/// How much free memory may stay at the end of a heap. The body pass takes and frees some 2 MB of
+/// small matrices for every frame; with the 128 KiB that are usual each of them would come from the
+/// system anew, page by page. In bytes.
+inline constexpr std::size_t keptAtHeapEnd = 4 * largeBlock;
+
 /// What `new` gave in blocks of these sizes is kept when it is freed, and no more than so many
 /// blocks. The smallest are the sensor library's infrared and depth frames with 868 kB, the largest
 /// its color frames with 8.3 MB.
