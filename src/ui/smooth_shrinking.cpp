@@ -55,9 +55,12 @@ std::vector<Span> spansFor(int from, int to) {
     return spans;
 }
 
-// Pixels are weighted in groups of four, as many as one load holds in either format.
-constexpr int groupPixels = 4;
+// Pixels are weighted in pairs; one load holds two pairs in either format.
+constexpr int loadPairs = 2;
 constexpr int loadBytes = 16;
+
+/// How many rows ahead of the one that is shrunk memory is asked for.
+constexpr int rowsAhead = 2;
 
 /// A weight for each of two pixels, as the two are multiplied with their values.
 std::int32_t pairOf(int low, int high) {
@@ -77,32 +80,43 @@ public:
         int maximumCount = 0;
         for (const Span& span : spans)
             maximumCount = std::max(maximumCount, span.count);
-        groups = (maximumCount + groupPixels - 1) / groupPixels;
+        pairs = (maximumCount + 1) / 2;
         for (const Span& span : spans)
             starts.push_back(span.first * bytesPerPixel);
         for (std::size_t left = 0; left < spans.size(); left += 2) {
-            for (int start = 0; start < groups * groupPixels; start += 2) {
+            for (int pair = 0; pair < pairs; ++pair) {
                 for (const Span& span : {spans[left], spans[left + 1]})
                     weights.insert(weights.end(), 4,
-                                   pairOf(span.weight(start), span.weight(start + 1)));
+                                   pairOf(span.weight(2 * pair), span.weight(2 * pair + 1)));
             }
         }
-        row.resize(static_cast<std::size_t>(rowBytes + (groups + 1) * loadBytes));
+        row.resize(static_cast<std::size_t>(rowBytes + (pairs + loadPairs) * loadBytes));
     }
 
-    /// Writes four values for each target pixel, and for one more when their number is odd.
-    void shrink(const uchar* source, std::uint32_t* target) {
+    /// Writes four values for each target pixel, and for one more when their number is odd. On the
+    /// way the memory of a later row is asked for: a new frame lies in no cache of this processor.
+    void shrink(const uchar* source, const uchar* later, std::uint32_t* target) {
         // The last loads reach over the row.
         std::memcpy(row.data(), source, static_cast<std::size_t>(rowBytes));
-        groups == 1 ? shrinkRow<1>(target) : shrinkRow<0>(target);
+        switch (pairs) {
+        case 1:
+            return shrinkRow<1>(later, target);
+        case 2:
+            return shrinkRow<2>(later, target);
+        case 3:
+            return shrinkRow<3>(later, target);
+        default:
+            return shrinkRow<0>(later, target);
+        }
     }
 
 private:
-    /// With a fixed number of groups for each span, or any number when `fixedGroups` is 0.
-    template <int fixedGroups>
-    __attribute__((target("avx2"))) void shrinkRow(std::uint32_t* target) const {
-        const int count = fixedGroups > 0 ? fixedGroups : groups;
-        const int groupBytes = groupPixels * bytesPerPixel;
+    /// With a fixed number of pairs for each span, or any number when `fixedPairs` is 0.
+    template <int fixedPairs>
+    __attribute__((target("avx2"))) void shrinkRow(const uchar* later,
+                                                   std::uint32_t* target) const {
+        const int count = fixedPairs > 0 ? fixedPairs : pairs;
+        const int fourPixels = 4 * bytesPerPixel;
         const __m256i firstPair = channelPairs(0);
         const __m256i secondPair = channelPairs(2);
         const uchar* pixels = row.data();
@@ -112,23 +126,26 @@ private:
         for (std::size_t index = 0; index < end; index += 2) {
             const uchar* left = pixels + start[index];
             const uchar* right = pixels + start[index + 1];
+            _mm_prefetch(reinterpret_cast<const char*>(later + start[index]), _MM_HINT_T0);
             __m256i sum = _mm256_setzero_si256();
-            for (int group = 0; group < count; ++group) {
+            for (int pair = 0; pair < count; pair += loadPairs) {
                 const __m256i four = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(right),
                                                          reinterpret_cast<const __m128i*>(left));
-                const __m256i first = _mm256_madd_epi16(_mm256_shuffle_epi8(four, firstPair),
-                                                        _mm256_loadu_si256(weight));
-                const __m256i second = _mm256_madd_epi16(_mm256_shuffle_epi8(four, secondPair),
-                                                         _mm256_loadu_si256(weight + 1));
-                sum = _mm256_add_epi32(sum, _mm256_add_epi32(first, second));
-                weight += 2;
-                left += groupBytes;
-                right += groupBytes;
+                sum = _mm256_add_epi32(sum, weightedPair(four, firstPair, weight++));
+                if (pair + 1 < count)
+                    sum = _mm256_add_epi32(sum, weightedPair(four, secondPair, weight++));
+                left += fourPixels;
+                right += fourPixels;
             }
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(target),
                                 _mm256_srli_epi32(sum, droppedBits));
             target += 8;
         }
+    }
+
+    __attribute__((target("avx2"))) static __m256i weightedPair(__m256i four, __m256i pair,
+                                                                const __m256i* weight) {
+        return _mm256_madd_epi16(_mm256_shuffle_epi8(four, pair), _mm256_loadu_si256(weight));
     }
 
     /// Spreads the channels of pixels `pixel` and `pixel + 1` of each load to pairs of 16 bits, in
@@ -146,15 +163,18 @@ private:
 
     int bytesPerPixel;
     int rowBytes;
-    int groups = 1;
+    int pairs = 1;
     std::vector<int> starts;           ///< First byte of each span.
-    std::vector<std::int32_t> weights; ///< Two registers for each group of each two spans.
+    std::vector<std::int32_t> weights; ///< One register for each pair of each two spans.
     std::vector<uchar> row;
 };
 
-__attribute__((target("avx2"))) inline __m256i weighted(const std::uint32_t* values,
-                                                        __m256i weight) {
-    return _mm256_mullo_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(values)), weight);
+__attribute__((target("avx2"))) inline __m256i load(const std::uint32_t* values) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(values));
+}
+
+__attribute__((target("avx2"))) inline __m256i weighted(__m256i values, __m256i weight) {
+    return _mm256_mullo_epi32(values, weight);
 }
 
 /// The mean of a span's shrunk rows (`fixedCount` of them unless that is 0), weighted and packed to
@@ -172,10 +192,14 @@ __attribute__((target("avx2"))) void weighRows(const std::vector<const std::uint
     const std::uint32_t* const* row = rows.data();
     for (int pixel = 0; pixel < pixels; pixel += 2) {
         const std::ptrdiff_t at = std::ptrdiff_t{4} * pixel;
-        __m256i sum = weighted(row[0] + at, firstWeight);
-        for (int index = 1; index < count - 1; ++index)
-            sum = _mm256_add_epi32(sum, weighted(row[index] + at, middleWeight));
-        sum = _mm256_add_epi32(sum, weighted(row[count - 1] + at, lastWeight));
+        __m256i sum = _mm256_add_epi32(weighted(load(row[0] + at), firstWeight),
+                                       weighted(load(row[count - 1] + at), lastWeight));
+        if (count > 2) {
+            __m256i middle = load(row[1] + at);
+            for (int index = 2; index < count - 1; ++index)
+                middle = _mm256_add_epi32(middle, load(row[index] + at));
+            sum = _mm256_add_epi32(sum, weighted(middle, middleWeight));
+        }
         const __m256i bytes = _mm256_or_si256(
             _mm256_shuffle_epi8(_mm256_srli_epi32(sum, shownBits), lowBytes), opaque);
         target[pixel] = static_cast<QRgb>(_mm256_extract_epi32(bytes, 0));
@@ -191,6 +215,10 @@ void weigh(const std::vector<const std::uint32_t*>& rows, const Span& span, int 
         return weighRows<2>(rows, span, pixels, target);
     case 3:
         return weighRows<3>(rows, span, pixels, target);
+    case 4:
+        return weighRows<4>(rows, span, pixels, target);
+    case 5:
+        return weighRows<5>(rows, span, pixels, target);
     default:
         return weighRows<0>(rows, span, pixels, target);
     }
@@ -218,8 +246,11 @@ QImage shrunk(const QImage& source, const QSize& size) {
         const Span& span = spans[static_cast<std::size_t>(y)];
         for (int index = 0; index < span.count; ++index) {
             const int row = std::min(span.first + index, source.height() - 1);
-            for (; next <= row; ++next)
-                shrinker.shrink(source.constScanLine(next), placeOf(next));
+            for (; next <= row; ++next) {
+                const int later = std::min(next + rowsAhead, source.height() - 1);
+                shrinker.shrink(source.constScanLine(next), source.constScanLine(later),
+                                placeOf(next));
+            }
             rows[static_cast<std::size_t>(index)] = placeOf(row);
         }
         weigh(rows, span, size.width(), reinterpret_cast<QRgb*>(target.scanLine(y)));
