@@ -233,8 +233,9 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
     Q_EMIT overlaysReady(overlays);
 
     const qsizetype bodies = input.bodyRegions.size();
-    const auto outcome = PassRest::outcomeOf(tracks, nowMs, bodies);
-    if (const qint64 restMs = passRest.after(outcome, beganMs, steadyMs()); restMs > 0)
+    const qint64 endedMs = steadyMs();
+    const auto outcome = PassRest::outcomeOf(tracks, nowMs, endedMs - beganMs, bodies);
+    if (const qint64 restMs = passRest.after(outcome, beganMs, endedMs); restMs > 0)
         rest(restMs, bodies);
 }
 

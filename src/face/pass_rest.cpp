@@ -9,18 +9,20 @@ bool isRecent(qint64 agoMs) {
     return agoMs >= 0 && agoMs < PassRest::awakeMs;
 }
 
-bool cameOrWent(const face::Track& track, qint64 nowMs) {
-    const qint64 unseenMs = nowMs - track.lastSeenMs;
-    return isRecent(nowMs - track.firstSeenMs) || (unseenMs != 0 && isRecent(unseenMs));
+bool cameOrWent(const face::Track& track, qint64 seenMs, qint64 passMs) {
+    const qint64 unseenMs = seenMs - track.lastSeenMs;
+    return isRecent(seenMs + passMs - track.firstSeenMs) ||
+           (unseenMs != 0 && isRecent(unseenMs + passMs));
 }
 
 } // namespace
 
-PassRest::Outcome PassRest::outcomeOf(const FaceTracks& tracks, qint64 nowMs,
+PassRest::Outcome PassRest::outcomeOf(const FaceTracks& tracks, qint64 seenMs, qint64 passMs,
                                       qsizetype bodyRegions) {
     Outcome outcome;
     for (const face::Track& track : tracks.tracks) {
-        if ((isShown(track) && cameOrWent(track, nowMs)) || isAboutToBeShown(track, nowMs))
+        if ((isShown(track) && cameOrWent(track, seenMs, passMs)) ||
+            isAboutToBeShown(track, seenMs))
             outcome.newFace = true;
     }
     outcome.bodyRegions = bodyRegions;
@@ -29,7 +31,7 @@ PassRest::Outcome PassRest::outcomeOf(const FaceTracks& tracks, qint64 nowMs,
 
 qint64 PassRest::after(const Outcome& outcome, qint64 beganMs, qint64 endedMs) {
     if (!begun || outcome.bodyRegions > lastBodyRegions)
-        awakeUntilMs = endedMs + awakeMs;
+        awakeUntilMs = beganMs + awakeMs;
     begun = true;
     lastBodyRegions = outcome.bodyRegions;
     if (outcome.newFace || endedMs < awakeUntilMs)

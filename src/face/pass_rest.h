@@ -6,8 +6,10 @@
 
 /// Decides how long the face worker rests between two passes.
 ///
-/// 1. A body region more keeps it awake for two seconds; so does a face that is shown, from when it
-///    was first seen, and again from when it was last seen if it is not seen any more.
+/// 1. A body region more keeps it awake for two seconds, from when the pass began that was told of
+/// it;
+///    so does a face that is shown, from when it was first seen, and again from when it was last
+///    seen if it is not seen any more.
 /// 2. A face that is about to be shown keeps it awake for as long as every pass sees it, since it
 ///    becomes a stranger by being seen often.
 /// 3. Otherwise it rests until `cycleMs` after the pass began. A face that stays in view is then
@@ -18,7 +20,7 @@
 /// its face is looked for no sooner by more passes.
 class PassRest {
 public:
-    static constexpr qint64 cycleMs = 390;
+    static constexpr qint64 cycleMs = 395;
     static constexpr qint64 awakeMs = 2000;
 
     /// What a pass left behind.
@@ -27,8 +29,9 @@ public:
         qsizetype bodyRegions = 0;
     };
 
-    /// What the pass that saw faces at `nowMs` left behind.
-    static Outcome outcomeOf(const FaceTracks& tracks, qint64 nowMs, qsizetype bodyRegions);
+    /// What the pass that saw faces at `seenMs` left behind when it was over, `passMs` later.
+    static Outcome outcomeOf(const FaceTracks& tracks, qint64 seenMs, qint64 passMs,
+                             qsizetype bodyRegions);
 
     /// How long to rest after a pass from `beganMs` to `endedMs` of a clock that does not jump:
     /// milliseconds, 0 for not at all.

@@ -50,14 +50,14 @@ void PassRestTest::restsOnceNothingWasNewForTwoSeconds() {
     int awake = 0;
     while (passes.next({}) == 0)
         ++awake;
-    // The first pass ends at 1100 and is new; the one that ends at 3100 is the first after that.
-    QCOMPARE(awake, 20);
+    // The first pass begins at 1000 and is new; the one that ends at 3000 is the last of that time.
+    QCOMPARE(awake, 19);
 }
 
 void PassRestTest::aCycleIsAtMost400Milliseconds() {
     Passes passes;
     passes.untilRest({false, 1});
-    for (const qint64 lengthMs : {1, 50, 100, 250, 389}) {
+    for (const qint64 lengthMs : {1, 50, 100, 250, 394}) {
         const qint64 restMs = passes.next({false, 1}, lengthMs);
         QVERIFY(restMs > 0);
         QVERIFY(lengthMs + restMs <= 400);
@@ -68,7 +68,7 @@ void PassRestTest::aCycleIsAtMost400Milliseconds() {
 void PassRestTest::aLongPassIsFollowedByNoRest() {
     Passes passes;
     passes.untilRest({});
-    QCOMPARE(passes.next({}, 390), 0);
+    QCOMPARE(passes.next({}, 395), 0);
     QCOMPARE(passes.next({}, 5000), 0);
 }
 
@@ -101,14 +101,15 @@ void PassRestTest::onlyFacesThatAreOrWillBeShownAreNew_data() {
     QTest::addColumn<bool>("confirmed");
     QTest::addColumn<int>("knownMs");
     QTest::addColumn<int>("unseenMs");
+    QTest::addColumn<int>("lengthMs");
     QTest::addColumn<bool>("isNew");
     const QString frame = QStringLiteral("frontal"), crop = QStringLiteral("frontal+far_crop");
     const QString side = QStringLiteral("profile_left");
     const cv::Rect large(400, 200, 85, 85), low(400, 200, 85, 84), narrow(400, 200, 84, 85);
     const auto row = [](const char* name, const cv::Rect& rect, const QString& detector, bool owner,
-                        bool confirmed, int knownMs, int unseenMs, bool isNew) {
+                        bool confirmed, int knownMs, int unseenMs, bool isNew, int lengthMs = 0) {
         QTest::newRow(name) << rect << detector << owner << confirmed << knownMs << unseenMs
-                            << isNew;
+                            << lengthMs << isNew;
     };
     row("about to be shown", large, frame, false, false, 5000, 0, true);
     row("about to be shown, a profile", large, side, false, false, 5000, 0, true);
@@ -123,6 +124,10 @@ void PassRestTest::onlyFacesThatAreOrWillBeShownAreNew_data() {
     row("not seen any more", low, crop, false, true, 9000, 1, true);
     row("not seen for less than two seconds", low, crop, true, false, 9000, 1999, true);
     row("not seen for long", low, crop, true, false, 9000, 2000, false);
+    row("owner for long when the pass is over", large, frame, true, false, 1900, 0, false, 100);
+    row("owner for less than two seconds even then", large, frame, true, false, 1899, 0, true, 100);
+    row("not seen for long when it is over", low, crop, true, false, 9000, 1900, false, 100);
+    row("about to be shown, a long pass", large, frame, false, false, 5000, 0, true, 9000);
     row("before the clock was set", large, frame, true, false, -1, -1, false);
 }
 
@@ -133,6 +138,7 @@ void PassRestTest::onlyFacesThatAreOrWillBeShownAreNew() {
     QFETCH(bool, confirmed);
     QFETCH(int, knownMs);
     QFETCH(int, unseenMs);
+    QFETCH(int, lengthMs);
     constexpr qint64 nowMs = 1'700'000'000'000;
     FaceTracks tracks;
     tracks.tracks.resize(2); // a small hit stands behind it
@@ -144,7 +150,7 @@ void PassRestTest::onlyFacesThatAreOrWillBeShownAreNew() {
     track.firstSeenMs = nowMs - knownMs;
     track.lastSeenMs = nowMs - unseenMs;
     tracks.tracks.back().lastSeenMs = nowMs;
-    const PassRest::Outcome outcome = PassRest::outcomeOf(tracks, nowMs, 3);
+    const PassRest::Outcome outcome = PassRest::outcomeOf(tracks, nowMs, lengthMs, 3);
     QTEST(outcome.newFace, "isNew");
     QCOMPARE(outcome.bodyRegions, 3);
 }
