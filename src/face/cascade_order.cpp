@@ -4,26 +4,17 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <opencv2/imgproc.hpp>
 
 namespace {
 
 constexpr double scaleFactor = 1.1;
-/// See quicklyOrdered().
-constexpr std::size_t stagesInPlace = 2;
 /// Finding an order for many more stages than usual takes longer than it is worth.
 constexpr std::size_t maxStages = 64;
 
 std::vector<cv::Rect> windowsThatPass(const CascadeData& cascade, const cv::Mat& picture) {
     const auto search = CascadeSearch::make(cascade, supportedCascadeKernels().front());
     return search ? search->candidates(picture, scaleFactor, cv::Size()) : std::vector<cv::Rect>();
-}
-
-std::vector<std::size_t> firstStages(std::size_t count) {
-    std::vector<std::size_t> stages(count);
-    std::iota(stages.begin(), stages.end(), std::size_t{0});
-    return stages;
 }
 
 /// A stage that is still to be given its place, and which of the windows under examination pass it.
@@ -33,23 +24,47 @@ struct Waiting {
     std::vector<bool> passing;
 };
 
-std::size_t countOf(const std::vector<bool>& marks) {
-    return static_cast<std::size_t>(std::count(marks.begin(), marks.end(), true));
-}
+/// The windows under examination, in the order of a search.
+struct Examined {
+    std::vector<cv::Rect> windows;
+    int windowWidth; ///< At scale 1.
+
+    /// How many blocks of neighbours the marked windows come to: a stage takes as much work for a
+    /// block as for a window.
+    std::size_t countBlocks(const std::vector<bool>& marks) const {
+        std::size_t blocks = 0;
+        const cv::Rect* first = nullptr; // of the last block
+        for (std::size_t i = 0; i < windows.size(); ++i) {
+            if (marks[i] && !(first && isWithinBlock(*first, windows[i]))) {
+                first = &windows[i];
+                ++blocks;
+            }
+        }
+        return blocks;
+    }
+
+private:
+    bool isWithinBlock(const cv::Rect& first, const cv::Rect& window) const {
+        constexpr int blockWindows = 16; // as with AVX2
+        const double scale = static_cast<double>(first.width) / windowWidth;
+        const double step = scale > 2.0 ? scale : 2.0 * scale;
+        return window.width == first.width && window.y == first.y &&
+               window.x < first.x + blockWindows * step - 0.5;
+    }
+};
 
 void keepThoseOf(std::vector<bool>& marks, const std::vector<bool>& others) {
     for (std::size_t i = 0; i < marks.size(); ++i)
         marks[i] = marks[i] && others[i];
 }
 
-/// All stages behind the first ones, each tried alone on the windows that those leave.
-std::vector<Waiting> tryStages(const CascadeData& cascade, const cv::Mat& picture) {
-    const std::vector<cv::Rect> left = windowsThatPass(cutCascade(cascade, stagesInPlace), picture);
+/// All stages behind the first one, each tried alone on the windows that the first one leaves.
+std::vector<Waiting> tryStages(const CascadeData& cascade, const cv::Mat& picture,
+                               const std::vector<cv::Rect>& left) {
     std::vector<Waiting> waiting;
-    for (std::size_t stage = stagesInPlace; stage < cascade.stages.size(); ++stage) {
-        std::vector<std::size_t> stages = firstStages(stagesInPlace);
-        stages.push_back(stage);
-        const std::vector<cv::Rect> passing = windowsThatPass(withStages(cascade, stages), picture);
+    for (std::size_t stage = 1; stage < cascade.stages.size(); ++stage) {
+        const std::vector<cv::Rect> passing =
+            windowsThatPass(withStages(cascade, {0, stage}), picture);
         Waiting tried{stage, cascade.stages[stage].stumpCount, {}};
         // Both lists are in the same order.
         auto next = passing.begin();
@@ -85,18 +100,20 @@ std::vector<cv::Mat> trialPictures() {
 }
 
 CascadeData quicklyOrdered(const CascadeData& cascade, const cv::Mat& picture) {
-    if (cascade.stages.size() <= stagesInPlace || cascade.stages.size() > maxStages)
+    if (cascade.stages.size() <= 1 || cascade.stages.size() > maxStages)
         return cascade;
-    std::vector<Waiting> waiting = tryStages(cascade, picture);
-    std::vector<bool> alive(waiting.front().passing.size(), true);
-    std::vector<std::size_t> order = firstStages(stagesInPlace);
+    const Examined examined{windowsThatPass(cutCascade(cascade, 1), picture), cascade.window.width};
+    std::vector<Waiting> waiting = tryStages(cascade, picture, examined.windows);
+    std::vector<bool> alive(examined.windows.size(), true);
+    std::vector<std::size_t> order{0};
     while (!waiting.empty()) {
-        // By what factor fewer windows are left, for each stump: the next stage is the one that
+        // By what factor fewer blocks are left, for each stump: the next stage is the one that
         // pays best. One is added to both numbers, since the second can be 0.
-        const auto gain = [&alive, before = double(countOf(alive) + 1)](const Waiting& tried) {
+        const auto before = double(examined.countBlocks(alive) + 1);
+        const auto gain = [&](const Waiting& tried) {
             std::vector<bool> both = alive;
             keepThoseOf(both, tried.passing);
-            return std::log(before / double(countOf(both) + 1)) / double(tried.stumps);
+            return std::log(before / double(examined.countBlocks(both) + 1)) / double(tried.stumps);
         };
         const auto best = std::max_element(
             waiting.begin(), waiting.end(),

@@ -11,6 +11,5 @@ std::vector<cv::Mat> trialPictures();
 /// The cascade with its stages in an order that takes less work on pictures like this one: a window
 /// has to pass all stages, in whatever order they are asked, and training puts some that leave few
 /// windows out before others that leave out many. Both cascades find the same windows. The first
-/// two stages keep their places: the first decides which windows are skipped, and how well the
-/// second works depends most on the picture. A stage must have a stump.
+/// stage keeps its place, since it decides which windows are skipped. A stage must have a stump.
 CascadeData quicklyOrdered(const CascadeData& cascade, const cv::Mat& picture);
