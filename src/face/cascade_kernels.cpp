@@ -19,19 +19,23 @@ public:
            const KernelListener& whoAsks)
         : picture(where), cascade(what), listener(whoAsks), words(wordsOf(where.windowsX)),
           valid(reinterpret_cast<std::uint64_t*>(memory.bytes)), passed(valid + words),
-          blocks(reinterpret_cast<Block*>(passed + words + 1)),
-          contrast(reinterpret_cast<std::int16_t*>(blocks + maxBlocks(words))) {}
+          blocks(reinterpret_cast<Block*>(passed + words) + 1),
+          contrast(reinterpret_cast<std::int16_t*>(blocks + maxBlocks(words) + 1)) {
+        blocks[-1] = {nullptr, nullptr, 0, 0, -1}; // of no row, so that keep() need not ask
+    }
 
     static std::size_t wordsOf(int windows) {
         return (static_cast<std::size_t>(windows) + wordBits - 1) / wordBits;
     }
-    /// Of one strip, and of the row whose first stage is under way.
+    /// Of one strip.
     static std::size_t maxBlocks(std::size_t rowWords) {
-        return rowWords * (wordBits / lanes) * (stripRows + 1);
+        return rowWords * (wordBits / lanes) * stripRows;
     }
     static std::size_t bytes(std::size_t rowWords) {
-        // A block that begins at the last window of a row has its other lanes behind it.
-        return (rowWords * 2 + 1) * sizeof(std::uint64_t) + maxBlocks(rowWords) * sizeof(Block) +
+        // Before the blocks of a strip stands one of no row, and behind them one that keep() writes
+        // but does not count. A block that begins at the last window of a row has its other lanes
+        // behind it.
+        return rowWords * 2 * sizeof(std::uint64_t) + (maxBlocks(rowWords) + 2) * sizeof(Block) +
                (rowWords * wordBits * stripRows + lanes) * sizeof(std::int16_t);
     }
 
@@ -43,9 +47,9 @@ public:
             // Nearly all windows fail some stage for certain, so only the few that are left after
             // the last stage are looked at closely.
             for (int stage = 1; stage < cascade.stageCount && blockCount > 0; ++stage)
-                leaveOutFailing<Bounds::upper>(0, stage);
+                leaveOutFailing<Bounds::upper>(stage);
             for (int stage = 1; stage < cascade.stageCount && blockCount > 0; ++stage)
-                leaveOutFailing<Bounds::both>(0, stage);
+                leaveOutFailing<Bounds::both>(stage);
             for (std::size_t i = 0; i < blockCount; ++i) {
                 for (std::uint32_t left = blocks[i].alive; left != 0; left &= left - 1)
                     listener.found(listener.context, blocks[i].x + __builtin_ctz(left),
@@ -64,34 +68,42 @@ private:
         if (picture.windowsX % wordBits != 0)
             valid[words - 1] &= (std::uint64_t{1} << (picture.windowsX % wordBits)) - 1;
 
-        const std::size_t first = blockCount;
-        addBlocks(valid, y, rowContrast);
-        leaveOutFailing<Bounds::both>(first, 0);
-        for (std::size_t word = 0; word <= words; ++word)
-            passed[word] = 0;
-        for (std::size_t i = first; i < blockCount; ++i) {
-            const auto word = static_cast<std::size_t>(blocks[i].x / wordBits);
-            const int bit = blocks[i].x % wordBits;
-            passed[word] |= std::uint64_t{blocks[i].alive} << bit;
-            if (bit > wordBits - lanes)
-                passed[word + 1] |= std::uint64_t{blocks[i].alive} >> (wordBits - bit);
-        }
+        askFirstStage(y, rowContrast);
         leaveOutSkipped();
-        blockCount = first;
-        addBlocks(passed, y, rowContrast);
+        for (std::size_t word = 0; word < words; ++word) {
+            for (int bit = 0; bit < wordBits; bit += lanes)
+                keep(blockOf(passed, word, bit, y, rowContrast));
+        }
     }
 
-    /// Appends blocks that hold those windows of a row.
-    void addBlocks(const std::uint64_t* windows, int y, const std::int16_t* rowContrast) {
-        const std::uint16_t* rowSums =
-            picture.sums16 + static_cast<std::size_t>(y * picture.step) * picture.stride;
+    /// Which of the valid windows of a row pass the first stage.
+    void askFirstStage(int y, const std::int16_t* rowContrast) {
+        constexpr int count = wordBits / lanes < groupBlocks ? wordBits / lanes : groupBlocks;
+        const KernelStage& stage = cascade.stages[0];
         for (std::size_t word = 0; word < words; ++word) {
-            for (int bit = 0; bit < wordBits; bit += lanes) {
-                const auto alive = static_cast<std::uint32_t>(windows[word] >> bit) & allLanes;
-                const std::size_t x = word * wordBits + static_cast<std::size_t>(bit);
-                keep({rowSums + x, rowContrast + x, alive, static_cast<std::int32_t>(x), y});
+            passed[word] = 0;
+            for (int bit = 0; bit < wordBits && valid[word] != 0; bit += count * lanes) {
+                Block group[count];
+                Verdict verdicts[count];
+                for (int i = 0; i < count; ++i)
+                    group[i] = blockOf(valid, word, bit + i * lanes, y, rowContrast);
+                boundStage<Bounds::both, count>(cascade, stage, group, verdicts);
+                for (int i = 0; i < count; ++i) {
+                    const Block left = judged<Bounds::both>(stage, group[i], verdicts[i]);
+                    passed[word] |= std::uint64_t{left.alive} << (bit + i * lanes);
+                }
             }
         }
+    }
+
+    /// The block that holds those windows of a row from a bit on.
+    Block blockOf(const std::uint64_t* windows, std::size_t word, int bit, int y,
+                  const std::int16_t* rowContrast) const {
+        const std::uint16_t* rowSums =
+            picture.sums16 + static_cast<std::size_t>(y * picture.step) * picture.stride;
+        const auto alive = static_cast<std::uint32_t>(windows[word] >> bit) & allLanes;
+        const std::size_t x = word * wordBits + static_cast<std::size_t>(bit);
+        return {rowSums + x, rowContrast + x, alive, static_cast<std::int32_t>(x), y};
     }
 
     /// Contrasts and validity of all windows of a row.
@@ -190,11 +202,11 @@ private:
     /// Takes the windows out that fail a stage: with both bounds all of them, otherwise those that
     /// fail for certain.
     template <Bounds bounds>
-    void leaveOutFailing(std::size_t first, int stage) {
+    void leaveOutFailing(int stage) {
         const KernelStage& limits = cascade.stages[stage];
         const std::size_t end = blockCount;
-        blockCount = first;
-        std::size_t next = first;
+        blockCount = 0;
+        std::size_t next = 0;
         while (next < end) {
             Verdict verdicts[groupBlocks];
             std::size_t count = end - next;
@@ -232,24 +244,23 @@ private:
     /// Appends a block that lies behind all others. Windows that fit into the block before join it,
     /// and a block begins with its first window, so that the fewer windows are left, the fewer
     /// blocks are.
-    void keep(Block block) {
-        if (blockCount > 0 && blocks[blockCount - 1].y == block.y) {
-            Block& last = blocks[blockCount - 1];
-            const int distance = block.x - last.x;
-            if (distance < lanes) {
-                const std::uint32_t joining = block.alive & (allLanes >> distance);
-                last.alive |= joining << distance;
-                block.alive ^= joining;
-            }
-        }
-        if (block.alive == 0)
-            return;
-        const int skipped = __builtin_ctz(block.alive);
+    [[gnu::always_inline]] void keep(Block block) {
+        // Which windows live cannot be foretold, so that nothing here decides by a jump.
+        Block& last = (blocks + blockCount)[-1];
+        std::int32_t distance = wordBits - 1; // too far to join
+        if (last.y == block.y && block.x - last.x < distance)
+            distance = block.x - last.x;
+        const auto joining =
+            static_cast<std::uint32_t>(std::uint64_t{block.alive} << distance) & allLanes;
+        last.alive |= joining;
+        const std::uint64_t left = block.alive ^ (std::uint64_t{joining} >> distance);
+        const int skipped = __builtin_ctzll(left | (std::uint64_t{1} << lanes));
         block.sums += skipped;
         block.contrast += skipped;
-        block.alive >>= skipped;
+        block.alive = static_cast<std::uint32_t>(left >> skipped);
         block.x += skipped;
-        blocks[blockCount++] = block;
+        blocks[blockCount] = block;
+        blockCount += left != 0 ? 1 : 0;
     }
 
     static constexpr std::uint32_t allLanes =
@@ -304,8 +315,6 @@ inline Words runningSums(Words numbers) {
     numbers += movedUp<2>(numbers, all);
     if constexpr (wordLanes > 4)
         numbers += movedUp<4>(numbers, all);
-    if constexpr (wordLanes > 8)
-        numbers += movedUp<8>(numbers, all);
     return numbers;
 }
 

@@ -27,12 +27,13 @@ struct KernelPart {
     std::int16_t multiplier; ///< 2 or 3: (D(c) - D(b)) times this less (D(d) - D(a)).
 };
 
-/// A feature F, its comparison and its weight. F is taken times 2^gain (see KernelStage) or shifted
-/// down (see composite). With q = (contrast * slope) >> 16, the feature is certainly or possibly
+/// A feature F, its comparison and its weight. F is taken times `gain` or shifted down (see
+/// composite). With q = (contrast * slope) >> 16, the feature is certainly or possibly
 /// below its threshold where F - q is below one of the two bounds.
 struct KernelStump {
     std::int32_t corner[9]; ///< Elements from a window's first sum; of a composite: first part,
                             ///< number of parts and by how many bits each is shifted down.
+    std::int16_t gain;      ///< What F is taken times, for closer bounds.
     std::int16_t slope;
     std::int16_t boundOfLow;  ///< The bound that gives the smaller sum of the stage.
     std::int16_t boundOfHigh; ///< The bound that gives the larger sum of the stage.
@@ -51,12 +52,10 @@ struct KernelStage {
     /// Stumps of equal shape lie together.
     struct Run {
         FeatureShape shape;
-        bool fine; ///< Small features are taken times 2^fineGain, for closer bounds.
         std::uint32_t first;
         std::uint32_t count;
     };
-    static constexpr int fineGain = 2;
-    static constexpr int maxRuns = 10;
+    static constexpr int maxRuns = 5;
     Run runs[maxRuns];
     int runCount;
     double threshold;       ///< What the exact sum must not be below.

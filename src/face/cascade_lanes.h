@@ -12,10 +12,8 @@
 namespace LUMENO_KERNELS {
 namespace {
 
-#if defined(__AVX512BW__)
-constexpr int lanes = 32;
-#elif defined(__AVX2__)
-constexpr int lanes = 16;
+#if defined(__AVX2__)
+constexpr int lanes = 16; // with AVX-512 as well: of 32 windows fewer are still alive
 #else
 constexpr int lanes = 8;
 #endif
@@ -54,19 +52,7 @@ inline Numbers load(const std::int16_t* from) {
     return loadAs<Numbers>(from);
 }
 
-#if defined(__AVX512BW__)
-
-inline Numbers highProduct(Numbers a, Numbers b) {
-    return (Numbers)_mm512_mulhi_epi16((__m512i)a, (__m512i)b);
-}
-inline Numbers difference(Numbers a, Numbers b) {
-    return (Numbers)_mm512_subs_epi16((__m512i)a, (__m512i)b);
-}
-inline std::uint32_t bitsOf(Numbers mask) {
-    return _mm512_movepi16_mask((__m512i)mask);
-}
-
-#elif defined(__AVX2__)
+#if defined(__AVX2__)
 
 inline Numbers highProduct(Numbers a, Numbers b) {
     return (Numbers)_mm256_mulhi_epi16((__m256i)a, (__m256i)b);
@@ -75,9 +61,13 @@ inline Numbers difference(Numbers a, Numbers b) {
     return (Numbers)_mm256_subs_epi16((__m256i)a, (__m256i)b);
 }
 inline std::uint32_t bitsOf(Numbers mask) {
+#if defined(__AVX512BW__) && defined(__AVX512VL__)
+    return _mm256_movepi16_mask((__m256i)mask);
+#else
     const __m128i low = _mm256_castsi256_si128((__m256i)mask);
     const __m128i high = _mm256_extracti128_si256((__m256i)mask, 1);
     return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
+#endif
 }
 
 #elif defined(__SSE2__)
@@ -118,6 +108,16 @@ inline std::uint32_t bitsOf(Numbers mask) {
 }
 
 #endif
+
+/// The sum, and where the bound is above the value the weight as well.
+inline Numbers addWhereAbove(Numbers sum, Numbers weight, Numbers bound, Numbers value) {
+#if defined(__AVX512BW__) && defined(__AVX512VL__)
+    const __mmask16 above = _mm256_cmpgt_epi16_mask((__m256i)bound, (__m256i)value);
+    return (Numbers)_mm256_mask_add_epi16((__m256i)sum, above, (__m256i)sum, (__m256i)weight);
+#else
+    return sum + ((bound > value) & weight);
+#endif
+}
 
 } // namespace
 } // namespace LUMENO_KERNELS

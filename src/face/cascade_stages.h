@@ -22,11 +22,12 @@ struct Verdict {
 };
 
 /// The difference of the two corners at one side of a stripe.
-inline Sums side(const std::uint16_t* sums, const std::int32_t* corners) {
+[[gnu::always_inline]] inline Sums side(const std::uint16_t* sums, const std::int32_t* corners) {
     return load(sums + corners[1]) - load(sums + corners[0]);
 }
 
-inline Sums middleLessEnds(const std::uint16_t* sums, const std::int32_t* corner, Sums& middle) {
+[[gnu::always_inline]] inline Sums middleLessEnds(const std::uint16_t* sums,
+                                                  const std::int32_t* corner, Sums& middle) {
     middle = side(sums, corner + 4) - side(sums, corner + 2);
     return side(sums, corner) - side(sums, corner + 6);
 }
@@ -69,8 +70,8 @@ inline std::int32_t featureAlone(FeatureShape shape, const std::uint16_t* sums,
 }
 
 template <FeatureShape shape>
-inline Numbers feature(const std::uint16_t* sums, const KernelStump& stump,
-                       const KernelPart* parts) {
+[[gnu::always_inline]] inline Numbers feature(const std::uint16_t* sums, const KernelStump& stump,
+                                              const KernelPart* parts) {
     const std::int32_t* corner = stump.corner;
     if constexpr (shape == FeatureShape::edge) {
         const Sums middle = side(sums, corner + 2);
@@ -110,22 +111,25 @@ enum class Bounds {
     both,
 };
 
-template <FeatureShape shape, int gain, Bounds bounds, int count>
-inline __attribute__((always_inline)) void addRun(const KernelStump* stump, std::uint32_t stumps,
-                                                  const KernelPart* parts, const Block* blocks,
-                                                  Numbers (&low)[count], Numbers (&high)[count]) {
+template <FeatureShape shape, Bounds bounds, int count>
+[[gnu::always_inline]] inline void addRun(const KernelStump* stump, std::uint32_t stumps,
+                                          const KernelPart* parts, const Block* blocks,
+                                          Numbers (&low)[count], Numbers (&high)[count]) {
     for (const KernelStump* end = stump + stumps; stump != end; ++stump) {
+        const Numbers gain = stump->gain - Numbers{};
         const Numbers slope = stump->slope - Numbers{};
         const Numbers boundOfLow = stump->boundOfLow - Numbers{};
         const Numbers boundOfHigh = stump->boundOfHigh - Numbers{};
         const Numbers weight = stump->weight - Numbers{};
 #pragma GCC unroll 4
         for (int i = 0; i < count; ++i) {
-            const Numbers value = feature<shape>(blocks[i].sums, *stump, parts) << gain;
+            Numbers value = feature<shape>(blocks[i].sums, *stump, parts);
+            if constexpr (shape != FeatureShape::composite)
+                value *= gain;
             const Numbers above = difference(value, highProduct(load(blocks[i].contrast), slope));
             if constexpr (bounds == Bounds::both)
-                low[i] += (boundOfLow > above) & weight;
-            high[i] += (boundOfHigh > above) & weight;
+                low[i] = addWhereAbove(low[i], weight, boundOfLow, above);
+            high[i] = addWhereAbove(high[i], weight, boundOfHigh, above);
         }
     }
 }
@@ -141,31 +145,25 @@ void boundStage(const KernelCascade& cascade, const KernelStage& stage, const Bl
         low[i] = high[i] = stage.start - Numbers{};
     for (int r = 0; r < stage.runCount; ++r) {
         const KernelStage::Run& run = stage.runs[r];
-        const auto add = [&]<FeatureShape shape, int gain>() {
-            addRun<shape, gain, bounds>(cascade.stumps + run.first, run.count, cascade.parts,
-                                        blocks, low, high);
-        };
-        const auto addShape = [&]<FeatureShape shape>() {
-            if (run.fine)
-                add.template operator()<shape, KernelStage::fineGain>();
-            else
-                add.template operator()<shape, 0>();
+        const auto add = [&]<FeatureShape shape>() {
+            addRun<shape, bounds>(cascade.stumps + run.first, run.count, cascade.parts, blocks, low,
+                                  high);
         };
         switch (run.shape) {
         case FeatureShape::edge:
-            addShape.template operator()<FeatureShape::edge>();
+            add.template operator()<FeatureShape::edge>();
             break;
         case FeatureShape::line:
-            addShape.template operator()<FeatureShape::line>();
+            add.template operator()<FeatureShape::line>();
             break;
         case FeatureShape::wideLine:
-            addShape.template operator()<FeatureShape::wideLine>();
+            add.template operator()<FeatureShape::wideLine>();
             break;
         case FeatureShape::quarters:
-            addShape.template operator()<FeatureShape::quarters>();
+            add.template operator()<FeatureShape::quarters>();
             break;
         case FeatureShape::composite:
-            add.template operator()<FeatureShape::composite, 0>();
+            add.template operator()<FeatureShape::composite>();
             break;
         }
     }

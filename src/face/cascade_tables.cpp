@@ -14,7 +14,6 @@ constexpr double leastDeviation = 10.0; // of windows that are looked at, about
 /// Products with the contrast lose 16 bits; the factor must fit them.
 constexpr double slopeUnit = 65536.0;
 constexpr double maxSlope = 0.499;
-constexpr int maxFineRange = std::numeric_limits<std::int16_t>::max() >> KernelStage::fineGain;
 /// What all weights of a stage, and what one of them, may come to, so that its sum fits 16 bits.
 constexpr double weightRange = 64000.0;
 constexpr double maxWeight = 32000.0;
@@ -34,6 +33,15 @@ constexpr float stageTolerance = 1e-5F;
 
 std::int16_t to16(double value) {
     return static_cast<std::int16_t>(std::clamp(value, min16, max16));
+}
+
+/// How often a feature of that range can be taken, a power of two, so that it still fits 16 bits
+/// and the slope of its comparison its own limit.
+int largestGain(int range, double slope) {
+    int gain = 1;
+    while (range * gain * 2 <= max16 && slope * gain * 2 <= maxSlope)
+        gain *= 2;
+    return gain;
 }
 
 /// Whether a double holds every sum of some of these numbers exactly, in any order.
@@ -68,21 +76,20 @@ std::uint32_t smallestNWithContrast(double area) {
 /// A stump whose feature has its shape. Threshold and leaves are those of what the kernel computes.
 struct CascadeTables::PlannedStump {
     FeaturePlan feature;
-    bool fine = false; ///< See KernelStage::Run.
+    int gain = 1; ///< See KernelStump.
     double threshold = 0.0;
     double below = 0.0;
     double otherwise = 0.0;
     KernelRule rule{};
 
     KernelStump bounds(double contrastOffset, double extraMargin, double unit) const;
-    std::pair<FeatureShape, bool> kind() const { return {feature.shape, fine}; }
 };
 
 /// The feature F, shifted down, is F - q <= its exact value - q < threshold * contrast - q at most,
 /// where q = (contrast * slope) >> 16 is rounded down as well.
 KernelStump CascadeTables::PlannedStump::bounds(double contrastOffset, double extraMargin,
                                                 double unit) const {
-    const double scale = std::ldexp(1.0, fine ? KernelStage::fineGain : -feature.shift);
+    const double scale = std::ldexp(gain, -feature.shift);
     const double slope = threshold * scale;
     const double center = slope * contrastOffset;
     const double error = std::abs(slope) * contrastError + slopeError + extraMargin;
@@ -93,6 +100,7 @@ KernelStump CascadeTables::PlannedStump::bounds(double contrastOffset, double ex
 
     KernelStump stump{};
     const double weight = std::round((below - otherwise) / unit);
+    stump.gain = static_cast<std::int16_t>(gain);
     stump.slope = to16(std::round(slope * slopeUnit));
     stump.weight = to16(weight);
     stump.boundOfLow = weight > 0.0 ? certainlyBelow : possiblyBelow;
@@ -137,9 +145,8 @@ std::optional<CascadeTables::PlannedStump> CascadeTables::plan(const CascadeData
                          .below = double(stump.below),
                          .otherwise = double(stump.otherwise),
                          .rule = {1.0F, stump.threshold, stump.below, stump.otherwise}};
-    planned.fine = planned.feature.shape != FeatureShape::composite &&
-                   planned.feature.range <= maxFineRange &&
-                   std::ldexp(slope, KernelStage::fineGain) <= maxSlope;
+    if (planned.feature.shape != FeatureShape::composite)
+        planned.gain = largestGain(planned.feature.range, slope);
     // The negative of what is below is above; where both are equal lies within the bounds.
     if (planned.feature.negated) {
         planned.threshold = -planned.threshold;
@@ -167,9 +174,10 @@ bool CascadeTables::addStage(const CascadeData& cascade, const CascadeData::Stag
     }
     if (!sumsAreExact(leaves))
         return false;
-    std::stable_sort(
-        planned.begin(), planned.end(),
-        [](const PlannedStump& a, const PlannedStump& b) { return a.kind() < b.kind(); });
+    std::stable_sort(planned.begin(), planned.end(),
+                     [](const PlannedStump& a, const PlannedStump& b) {
+                         return a.feature.shape < b.feature.shape;
+                     });
 
     double base = 0.0;        // the sum if nothing is below
     double weights[2] = {};   // of all negative, of all positive ones
@@ -233,10 +241,9 @@ void CascadeTables::addRuns(KernelStage& stage, const std::vector<PlannedStump>&
     for (const PlannedStump& stump : planned) {
         const KernelStage::Run* last =
             stage.runCount == 0 ? nullptr : &stage.runs[stage.runCount - 1];
-        if (!last || std::pair(last->shape, last->fine) != stump.kind()) {
-            stage.runs[stage.runCount++] = {stump.feature.shape, stump.fine,
-                                            static_cast<std::uint32_t>(next), 0};
-        }
+        if (!last || last->shape != stump.feature.shape)
+            stage.runs[stage.runCount++] = {stump.feature.shape, static_cast<std::uint32_t>(next),
+                                            0};
         ++stage.runs[stage.runCount - 1].count;
         ++next;
     }
