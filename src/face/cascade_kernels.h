@@ -33,7 +33,7 @@ struct KernelPart {
 struct KernelStump {
     std::int32_t corner[9]; ///< Elements from a window's first sum; of a composite: first part,
                             ///< number of parts and by how many bits each is shifted down.
-    std::int16_t gain;      ///< What F is taken times, for closer bounds.
+    std::uint16_t gain;     ///< What F is taken times, for closer bounds.
     std::int16_t slope;
     std::int16_t boundOfLow;  ///< The bound that gives the smaller sum of the stage.
     std::int16_t boundOfHigh; ///< The bound that gives the larger sum of the stage.

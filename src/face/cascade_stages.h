@@ -116,7 +116,7 @@ template <FeatureShape shape, Bounds bounds, int count>
                                           const KernelPart* parts, const Block* blocks,
                                           Numbers (&low)[count], Numbers (&high)[count]) {
     for (const KernelStump* end = stump + stumps; stump != end; ++stump) {
-        const Numbers gain = stump->gain - Numbers{};
+        const Sums gain = stump->gain - Sums{};
         const Numbers slope = stump->slope - Numbers{};
         const Numbers boundOfLow = stump->boundOfLow - Numbers{};
         const Numbers boundOfHigh = stump->boundOfHigh - Numbers{};
@@ -125,7 +125,7 @@ template <FeatureShape shape, Bounds bounds, int count>
         for (int i = 0; i < count; ++i) {
             Numbers value = feature<shape>(blocks[i].sums, *stump, parts);
             if constexpr (shape != FeatureShape::composite)
-                value *= gain;
+                value = (Numbers)((Sums)value * gain); // lanes without a window may overflow
             const Numbers above = difference(value, highProduct(load(blocks[i].contrast), slope));
             if constexpr (bounds == Bounds::both)
                 low[i] = addWhereAbove(low[i], weight, boundOfLow, above);

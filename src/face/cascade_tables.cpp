@@ -100,7 +100,7 @@ KernelStump CascadeTables::PlannedStump::bounds(double contrastOffset, double ex
 
     KernelStump stump{};
     const double weight = std::round((below - otherwise) / unit);
-    stump.gain = static_cast<std::int16_t>(gain);
+    stump.gain = static_cast<std::uint16_t>(gain);
     stump.slope = to16(std::round(slope * slopeUnit));
     stump.weight = to16(weight);
     stump.boundOfLow = weight > 0.0 ? certainlyBelow : possiblyBelow;
