@@ -301,7 +301,7 @@ void CommandsTest::importRefusesWhatIsNoUse() {
 
 void CommandsTest::checkNamesWhatIsWrong() {
     QVERIFY(QDir().mkpath(u"faces/tavin/hand"_s));
-    const cv::Mat frame = roomFrame(9.0);
+    const cv::Mat frame = roomFrame(10.0);
     const cv::Rect box = boxIn(frame);
     const int margin = box.width / 5;
     const cv::Rect wide(box.x - margin, box.y - margin, box.width + 2 * margin,

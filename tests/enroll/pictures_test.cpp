@@ -177,7 +177,7 @@ void PicturesTest::cropsThatAreFramedOtherwiseAreNamed() {
     QFETCH(QString, picture);
     QFETCH(double, wider);
     QFETCH(int, framing);
-    cv::Mat frame = roomFrame(9.0);
+    cv::Mat frame = roomFrame(10.0);
     if (picture != u"room"_s) {
         if (sharedPicture(picture).isEmpty())
             QSKIP("no real portrait beside the checkout");

@@ -192,9 +192,10 @@ void paintShell(Painter& painter) {
 void paintWindow(Painter& painter) {
     const double z = wall_m - 0.02;
     const Material frame{.color = {225, 230, 232}, .reflectance = 150, .grain = 0.01F};
-    // Glass lets the sensor's light out of the room.
+    // Glass lets the sensor's light out of the room. The sky has little grain: with more, a cascade
+    // takes a patch of it for a face where the crop around a body is equalised.
     const Material sky{
-        .color = {236, 214, 190}, .reflectance = 5, .grain = 0.02F, .returnsDepth = false};
+        .color = {236, 214, 190}, .reflectance = 5, .grain = 0.004F, .returnsDepth = false};
     const Material hill{
         .color = {120, 160, 130}, .reflectance = 5, .grain = 0.08F, .returnsDepth = false};
     const Material curtain{.color = {120, 140, 175}, .reflectance = 130, .grain = 0.06F};
