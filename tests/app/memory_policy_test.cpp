@@ -67,6 +67,7 @@ class MemoryPolicyTest : public QObject {
 private Q_SLOTS:
     void initTestCase();
     void largeBlocksGoBackEvenAfterLargerOnesWereFreed();
+    void smallMatricesUseTheSameMemoryAgain();
     void framesOfTheSensorLibraryUseTheSameMemoryAgain();
     void framesThatEndOnAnotherThreadUseTheSameMemoryAgain();
     void aSmallerBlockDoesNotGetAMuchLargerOne();
@@ -91,6 +92,22 @@ void MemoryPolicyTest::largeBlocksGoBackEvenAfterLargerOnesWereFreed() {
         QCOMPARE(blocksFromTheSystem(), before + 1);
     }
     QCOMPARE(blocksFromTheSystem(), before);
+}
+
+/// The body pass makes and frees a few of them with every frame, at the end of the heap.
+void MemoryPolicyTest::smallMatricesUseTheSameMemoryAgain() {
+    constexpr std::size_t matrixBytes = 512 * 424 * sizeof(float);
+    const auto fillThree = [] {
+        for (std::vector<Block> matrices; matrices.size() < 3;) {
+            matrices.push_back(newBlock(matrixBytes));
+            std::memset(matrices.back().get(), 1, matrixBytes);
+        }
+    };
+    fillThree();
+    const long before = pageFaults();
+    fillThree();
+    QVERIFY2(pageFaults() - before < long{matrixBytes / pageBytes} / 2,
+             qPrintable(QString::number(pageFaults() - before)));
 }
 
 void MemoryPolicyTest::framesOfTheSensorLibraryUseTheSameMemoryAgain() {
