@@ -6,10 +6,9 @@
 
 /// Decides how long the face worker rests between two passes.
 ///
-/// 1. A body region more keeps it awake for two seconds, from when the pass began that was told of
-/// it;
-///    so does a face that is shown, from when it was first seen, and again from when it was last
-///    seen if it is not seen any more.
+/// 1. A body region more keeps it awake for two seconds from when the pass began that was told of
+///    it; so does a face that is shown, from when it was first seen, and again from when it was
+///    last seen if it is not seen any more.
 /// 2. A face that is about to be shown keeps it awake for as long as every pass sees it, since it
 ///    becomes a stranger by being seen often.
 /// 3. Otherwise it rests until `cycleMs` after the pass began. A face that stays in view is then
