@@ -55,6 +55,7 @@ class FaceDetectionTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void frontalModeNeverAsksTheProfileCascade();
     void profileRightModeReturnsOnlyMirroredHits();
     void aRightProfileHitIsMirroredBack();
@@ -87,7 +88,17 @@ private Q_SLOTS:
     void aFaceTooSmallForTheFrameIsFoundInItsBodyRegion();
     void onlyAWholeCascadeFileLoads();
     void theRealPortraitHasOneFrontalFace();
+
+private:
+    // Loaded once: each load compares our search with the library's.
+    cv::CascadeClassifier realFrontal;
+    cv::CascadeClassifier realProfile;
 };
+
+void FaceDetectionTest::initTestCase() {
+    QVERIFY(loadCascade(realFrontal, face::Options().frontalCascadePath));
+    QVERIFY(loadCascade(realProfile, face::Options().profileCascadePath));
+}
 
 void FaceDetectionTest::frontalModeNeverAsksTheProfileCascade() {
     Scripted frontal(cv::Rect(1, 2, 20, 20));
@@ -255,15 +266,11 @@ void FaceDetectionTest::picturesTooSmallToShrinkHoldNoFace_data() {
 void FaceDetectionTest::picturesTooSmallToShrinkHoldNoFace() {
     QFETCH(int, width);
     QFETCH(int, height);
-    cv::CascadeClassifier frontal;
-    cv::CascadeClassifier profile;
     const face::Options options;
-    QVERIFY(loadCascade(frontal, options.frontalCascadePath));
-    QVERIFY(loadCascade(profile, options.profileCascadePath));
     cv::Mat grey(height, width, CV_8U, cv::Scalar(90));
-    QVERIFY(detectFacesMulti(frontal, &profile, grey, options).empty());
-    QVERIFY(detectFacesInBodyRegions(frontal, &profile, grey, options, {QRect(0, 0, 200, 400)})
-                .empty());
+    QVERIFY(detectFacesMulti(realFrontal, &realProfile, grey, options).empty());
+    const QList<QRect> bodies{QRect(0, 0, 200, 400)};
+    QVERIFY(detectFacesInBodyRegions(realFrontal, &realProfile, grey, options, bodies).empty());
 }
 
 void FaceDetectionTest::aStopEndsTheSearchBetweenDetectors() {
@@ -460,14 +467,12 @@ void FaceDetectionTest::bodyRegionsLeaveTheFrameAlone() {
 }
 
 void FaceDetectionTest::aFaceTooSmallForTheFrameIsFoundInItsBodyRegion() {
-    cv::CascadeClassifier frontal;
-    QVERIFY(loadCascade(frontal, face::Options().frontalCascadePath));
     cv::Mat grey(400, 400, CV_8U, cv::Scalar(70));
     cv::Mat small;
     cv::resize(syntheticFace(180), small, cv::Size(100, 100), 0.0, 0.0, cv::INTER_AREA);
     small.copyTo(grey(cv::Rect(150, 50, 100, 100)));
-    QVERIFY(detectFacesMulti(frontal, nullptr, grey, face::Options()).empty());
-    const auto found = detectFacesInBodyRegions(frontal, nullptr, grey, face::Options(),
+    QVERIFY(detectFacesMulti(realFrontal, nullptr, grey, face::Options()).empty());
+    const auto found = detectFacesInBodyRegions(realFrontal, nullptr, grey, face::Options(),
                                                 {QRect(100, 30, 200, 350)});
     QCOMPARE(found.size(), 1U);
     QCOMPARE(found[0].detector, "frontal+far_crop");
@@ -499,15 +504,11 @@ void FaceDetectionTest::theRealPortraitHasOneFrontalFace() {
     const QString path = sharedPicture(u"faces/portrait.png"_s);
     if (path.isEmpty())
         QSKIP("no real portrait beside the checkout");
-    cv::CascadeClassifier frontal;
-    cv::CascadeClassifier profile;
     const face::Options options;
-    QVERIFY(loadCascade(frontal, options.frontalCascadePath));
-    QVERIFY(loadCascade(profile, options.profileCascadePath));
     cv::Mat grey = cv::imread(path.toStdString(), cv::IMREAD_GRAYSCALE);
-    const auto found = detectFacesMulti(frontal, &profile, grey, options);
+    const auto found = detectFacesMulti(realFrontal, &realProfile, grey, options);
     qInfo() << texts(found);
-    QCOMPARE(texts(detectEachOnItsOwn(frontal, profile, grey, options)), texts(found));
+    QCOMPARE(texts(detectEachOnItsOwn(realFrontal, realProfile, grey, options)), texts(found));
     QCOMPARE(std::count_if(found.begin(), found.end(),
                            [](const FaceDetection& face) { return face.detector == "frontal"; }),
              1);

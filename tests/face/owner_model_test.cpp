@@ -29,7 +29,7 @@ std::vector<TrainingSample> faces(int count) {
 /// late to early.
 template <typename Work>
 bool stopsAtSomeMoment(Work work) {
-    for (int delayMs = 256; delayMs > 0; delayMs /= 2) {
+    for (int delayMs = 64; delayMs > 0; delayMs /= 2) {
         std::stop_source stop;
         const std::jthread stopper([&stop, delayMs] {
             std::this_thread::sleep_for(std::chrono::milliseconds(delayMs));
