@@ -232,11 +232,9 @@ void FaceRecognitionWorker::workOnFrame(const HandedOver& input, FaceTools& tool
     logOverlays(overlays, nowMs);
     Q_EMIT overlaysReady(overlays);
 
-    const qsizetype bodies = input.bodyRegions.size();
-    const qint64 endedMs = steadyMs();
-    const auto outcome = PassRest::outcomeOf(tracks, nowMs, endedMs - beganMs, bodies);
-    if (const qint64 restMs = passRest.after(outcome, beganMs, endedMs); restMs > 0)
-        rest(restMs, bodies);
+    const PassRest::Pass over{beganMs, steadyMs(), nowMs, input.bodyRegions.size()};
+    if (const qint64 restMs = passRest.after(over, tracks); restMs > 0)
+        rest(restMs, over.bodyRegions);
 }
 
 void FaceRecognitionWorker::logOverlays(const QList<FaceOverlay>& overlays, qint64 nowMs) {

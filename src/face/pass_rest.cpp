@@ -9,32 +9,28 @@ bool isRecent(qint64 agoMs) {
     return agoMs >= 0 && agoMs < PassRest::awakeMs;
 }
 
-bool cameOrWent(const face::Track& track, qint64 seenMs, qint64 passMs) {
-    const qint64 unseenMs = seenMs - track.lastSeenMs;
-    return isRecent(seenMs + passMs - track.firstSeenMs) ||
+bool cameOrWent(const face::Track& track, const PassRest::Pass& pass) {
+    const qint64 passMs = pass.endedMs - pass.beganMs;
+    const qint64 unseenMs = pass.seenMs - track.lastSeenMs;
+    return isRecent(pass.seenMs + passMs - track.firstSeenMs) ||
            (unseenMs != 0 && isRecent(unseenMs + passMs));
+}
+
+/// Whether a face that is shown came or went, or one is about to be shown.
+bool hasNewFace(const FaceTracks& tracks, const PassRest::Pass& pass) {
+    return std::ranges::any_of(tracks.tracks, [&pass](const face::Track& track) {
+        return (isShown(track) && cameOrWent(track, pass)) || isAboutToBeShown(track, pass.seenMs);
+    });
 }
 
 } // namespace
 
-PassRest::Outcome PassRest::outcomeOf(const FaceTracks& tracks, qint64 seenMs, qint64 passMs,
-                                      qsizetype bodyRegions) {
-    Outcome outcome;
-    for (const face::Track& track : tracks.tracks) {
-        if ((isShown(track) && cameOrWent(track, seenMs, passMs)) ||
-            isAboutToBeShown(track, seenMs))
-            outcome.newFace = true;
-    }
-    outcome.bodyRegions = bodyRegions;
-    return outcome;
-}
-
-qint64 PassRest::after(const Outcome& outcome, qint64 beganMs, qint64 endedMs) {
-    if (!begun || outcome.bodyRegions > lastBodyRegions)
-        awakeUntilMs = beganMs + awakeMs;
+qint64 PassRest::after(const Pass& pass, const FaceTracks& tracks) {
+    if (!begun || pass.bodyRegions > lastBodyRegions)
+        awakeUntilMs = pass.beganMs + awakeMs;
     begun = true;
-    lastBodyRegions = outcome.bodyRegions;
-    if (outcome.newFace || endedMs < awakeUntilMs)
+    lastBodyRegions = pass.bodyRegions;
+    if (hasNewFace(tracks, pass) || pass.endedMs < awakeUntilMs)
         return 0;
-    return std::clamp(beganMs + cycleMs - endedMs, qint64{0}, cycleMs);
+    return std::clamp(pass.beganMs + cycleMs - pass.endedMs, qint64{0}, cycleMs);
 }

@@ -22,19 +22,16 @@ public:
     static constexpr qint64 cycleMs = 395;
     static constexpr qint64 awakeMs = 2000;
 
-    /// What a pass left behind.
-    struct Outcome {
-        bool newFace = false; ///< One that is shown came or went, or one is about to be shown.
+    /// A pass that is over.
+    struct Pass {
+        qint64 beganMs = 0; ///< By a clock that does not jump, as its end.
+        qint64 endedMs = 0;
+        qint64 seenMs = 0; ///< When it saw its faces, by the tracks' clock.
         qsizetype bodyRegions = 0;
     };
 
-    /// What the pass that saw faces at `seenMs` left behind when it was over, `passMs` later.
-    static Outcome outcomeOf(const FaceTracks& tracks, qint64 seenMs, qint64 passMs,
-                             qsizetype bodyRegions);
-
-    /// How long to rest after a pass from `beganMs` to `endedMs` of a clock that does not jump:
-    /// milliseconds, 0 for not at all.
-    qint64 after(const Outcome& outcome, qint64 beganMs, qint64 endedMs);
+    /// How long to rest after a pass that left those tracks: milliseconds, 0 for not at all.
+    qint64 after(const Pass& pass, const FaceTracks& tracks);
 
 private:
     qsizetype lastBodyRegions = 0;
