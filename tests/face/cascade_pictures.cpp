@@ -36,6 +36,10 @@ std::vector<NamedPicture> cascadePictures() {
     add("one column", noisePicture({1, 200}, 1, ++seed));
 
     add("flat", cv::Mat(80, 100, CV_8U, cv::Scalar(90)));
+    // The first windows of every row are without contrast, so many that a whole word of bits is.
+    cv::Mat bare = noisePicture({320, 60}, 4, ++seed);
+    bare.colRange(0, 200).setTo(90);
+    add("flat on the left", bare);
     cv::Mat gradient(90, 150, CV_8U);
     for (int x = 0; x < gradient.cols; ++x)
         gradient.col(x).setTo(x);

@@ -106,7 +106,7 @@ void CascadeRoundingTest::comparesToTheLastBit() {
     QVERIFY(source);
     Random random(5);
     int compares = 0;
-    for (int i = 0; i < 150; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         const cv::Mat picture = noisePicture(source->window, 3, 100U + static_cast<unsigned>(i));
         const auto& feature =
             source->features[static_cast<std::size_t>(below(random, source->features.size()))];
@@ -118,8 +118,10 @@ void CascadeRoundingTest::comparesToTheLastBit() {
         for (const float threshold : {exact, above}) {
             const CascadeData cascade = oneComparison(feature, source->window, threshold);
             const std::size_t wanted = threshold > exact ? 1 : 0;
-            cv::CascadeClassifier library = librarySearching(cascade);
-            QCOMPARE(libraryFinds(library, picture, scaleFactor).size(), wanted);
+            if (i % 20 == 0) { // making one takes long
+                cv::CascadeClassifier library = librarySearching(cascade);
+                QCOMPARE(libraryFinds(library, picture, scaleFactor).size(), wanted);
+            }
             for (const CascadeKernels& kernels : supportedCascadeKernels()) {
                 const auto search = CascadeSearch::make(cascade, kernels);
                 QVERIFY(search);
@@ -127,7 +129,7 @@ void CascadeRoundingTest::comparesToTheLastBit() {
             }
         }
     }
-    QVERIFY(compares > 100);
+    QVERIFY(compares > 2000);
 }
 
 void CascadeRoundingTest::decidesSumsThatEqualTheThreshold() {
