@@ -2,11 +2,15 @@
 
 #include "app/record_types.h"
 #include "owner_place.h"
+#include "synthetic_face.h"
 
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
+#include <QMutex>
+#include <QRandomGenerator>
 #include <QSemaphore>
 #include <QTest>
+#include <algorithm>
 #include <atomic>
 
 using namespace Qt::StringLiterals;
@@ -17,10 +21,15 @@ constexpr int longMs = 60'000;
 /// A machine that is busy makes every wait longer, so a wait that has to be short is tried again.
 constexpr int tries = 20;
 
-/// A worker that always has a frame to work on: with each of its results it gets the next one. The
-/// frames show nothing, so that a pass takes no time to speak of.
+/// A frame that shows nothing, so that a pass takes no time to speak of.
+QImage emptyFrame() {
+    return QImage(8, 8, QImage::Format_RGB888);
+}
+
+/// A worker that always has a frame to work on: with each of its results it gets the next one.
 class FedWorker {
-    const QImage frame = QImage(8, 8, QImage::Format_RGB888);
+    QMutex mutex;
+    QImage frame = emptyFrame(); // under the mutex
     QElapsedTimer clock;
     std::atomic<qint64> lastCycleMs = 0;
     std::atomic<qint64> lastResultMs = 0;
@@ -34,13 +43,25 @@ public:
                 const qint64 nowMs = clock.elapsed();
                 lastCycleMs = nowMs - lastResultMs;
                 lastResultMs = nowMs;
+                const QMutexLocker lock(&mutex);
                 worker.submitFrame(frame);
                 results.release();
             },
             Qt::DirectConnection);
         clock.start();
         worker.start();
-        worker.submitFrame(frame);
+        worker.submitFrame(emptyFrame());
+    }
+    /// Gives it that frame from now on, and waits for a result; those that follow are of that
+    /// frame.
+    bool showFrom(const QImage& next) {
+        {
+            const QMutexLocker lock(&mutex);
+            frame = next;
+        }
+        worker.submitFrame(next);
+        results.tryAcquire(results.available());
+        return waitForResult();
     }
     bool waitForResult() { return results.tryAcquire(1, longMs); }
     /// Until `count` cycles in a row were as long as only a rest makes them.
@@ -70,6 +91,8 @@ private Q_SLOTS:
     void initTestCase() { registerRecordTypes(); }
     void itRestsBetweenPassesWhenNothingIsNew();
     void itDoesNotRestAtFirst();
+    void aPassTakesItsTimeFromTheRest();
+    void aFaceThatComesEndsTheResting();
     void anotherNumberOfBodiesEndsTheRest_data();
     void anotherNumberOfBodiesEndsTheRest();
     void aStopEndsTheRest();
@@ -87,7 +110,7 @@ void FaceRestTest::itRestsBetweenPassesWhenNothingIsNew() {
     // Although a frame waits and others come.
     QVERIFY(fed.waitForRest(3));
     QVERIFY(sinceFirst.elapsed() >= 2000);
-    fed.worker.submitFrame(QImage(8, 8, QImage::Format_RGB888));
+    fed.worker.submitFrame(emptyFrame());
     QVERIFY(fed.waitForResult());
     QVERIFY(fed.cycleMs() >= FedWorker::restingCycleMs);
 }
@@ -104,6 +127,45 @@ void FaceRestTest::itDoesNotRestAtFirst() {
         }
     }
     QVERIFY(quick);
+}
+
+void FaceRestTest::aPassTakesItsTimeFromTheRest() {
+    QImage noise(1920, 1080, QImage::Format_Grayscale8);
+    QRandomGenerator random(1);
+    for (int y = 0; y < noise.height(); ++y)
+        std::generate_n(noise.scanLine(y), noise.width(), [&random] { return random() & 0xffU; });
+    FedWorker fed;
+    QVERIFY(fed.showFrom(noise));
+    qint64 passMs = longMs;
+    for (int cycle = 0; cycle < 3; ++cycle) { // It does not rest at first.
+        QVERIFY(fed.waitForResult());
+        passMs = std::min(passMs, fed.cycleMs());
+    }
+    if (passMs >= FedWorker::restingCycleMs / 2)
+        QSKIP("passes are too slow here to leave time for a rest");
+    QVERIFY(fed.waitForRest(1));
+    bool onTime = false;
+    for (int attempt = 0; attempt < tries && !onTime; ++attempt) {
+        QVERIFY(fed.waitForRest(1));
+        onTime = fed.cycleMs() < FedWorker::restingCycleMs + passMs / 2;
+    }
+    QVERIFY(onTime);
+}
+
+void FaceRestTest::aFaceThatComesEndsTheResting() {
+    const QImage stranger = colourFrame(frameWithFace(7)); // One that the cascade finds.
+    bool awake = false;
+    for (int attempt = 0; attempt < tries && !awake; ++attempt) {
+        FedWorker fed;
+        QVERIFY(fed.waitForRest(2)); // The first cycle is as long as the start takes.
+        QVERIFY(fed.showFrom(stranger));
+        awake = true;
+        for (int cycle = 0; cycle < 3; ++cycle) {
+            QVERIFY(fed.waitForResult());
+            awake = awake && fed.cycleMs() < FedWorker::restingCycleMs;
+        }
+    }
+    QVERIFY(awake);
 }
 
 void FaceRestTest::anotherNumberOfBodiesEndsTheRest_data() {
@@ -157,7 +219,7 @@ void FaceRestTest::anIdleWorkerLooksForAnInterruptionFourTimesASecond() {
             &worker, &FaceRecognitionWorker::overlaysReady, &worker,
             [&result] { result.release(); }, Qt::DirectConnection);
         worker.start();
-        worker.submitFrame(QImage(8, 8, QImage::Format_RGB888));
+        worker.submitFrame(emptyFrame());
         QVERIFY(result.tryAcquire(1, longMs));
         QElapsedTimer sinceWait; // It begins to wait for the next frame about now.
         sinceWait.start();
