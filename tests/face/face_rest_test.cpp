@@ -35,6 +35,11 @@ class FedWorker {
     std::atomic<qint64> lastResultMs = 0;
     QSemaphore results;
 
+    QImage currentFrame() {
+        const QMutexLocker lock(&mutex);
+        return frame;
+    }
+
 public:
     FedWorker() {
         QObject::connect(
@@ -43,8 +48,7 @@ public:
                 const qint64 nowMs = clock.elapsed();
                 lastCycleMs = nowMs - lastResultMs;
                 lastResultMs = nowMs;
-                const QMutexLocker lock(&mutex);
-                worker.submitFrame(frame);
+                worker.submitFrame(currentFrame());
                 results.release();
             },
             Qt::DirectConnection);
@@ -52,8 +56,8 @@ public:
         worker.start();
         worker.submitFrame(emptyFrame());
     }
-    /// Gives it that frame from now on, and waits for a result; those that follow are of that
-    /// frame.
+    /// Gives it that frame from now on, and waits until no result of the one before can follow: one
+    /// may be on its way and a second one be submitted already.
     bool showFrom(const QImage& next) {
         {
             const QMutexLocker lock(&mutex);
@@ -61,7 +65,7 @@ public:
         }
         worker.submitFrame(next);
         results.tryAcquire(results.available());
-        return waitForResult();
+        return waitForResult() && waitForResult();
     }
     bool waitForResult() { return results.tryAcquire(1, longMs); }
     /// Until `count` cycles in a row were as long as only a rest makes them.
