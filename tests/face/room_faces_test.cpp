@@ -23,6 +23,7 @@ namespace {
 constexpr int lostMs = 5000;
 /// The window hands a frame over every 180 ms, a pass takes longer: every third one is worked on.
 constexpr double secondsPerPass = 0.54;
+constexpr double secondsPerRestingPass = 0.395;
 
 /// Where a person's head is in the picture, and how wide.
 struct Head {
@@ -89,6 +90,11 @@ public:
         return faceOverlays(tracks, now, lostMs);
     }
 
+    std::vector<FaceDetection> facesIn(const QList<QRect>& regions, double seconds) {
+        return detectFacesInBodyRegions(tools.frontal, &tools.profile, grayFrame(colourAt(seconds)),
+                                        options, regions);
+    }
+
     void forgetTracks() { tracks = {}; }
 
     Distances owner, stranger, elsewhere;
@@ -121,6 +127,8 @@ private Q_SLOTS:
     void initTestCase() { watch.emplace(); }
     void theOwnerIsNamedAndNobodyElse_data();
     void theOwnerIsNamedAndNobodyElse();
+    void theOwnerNeverHasTwoBoxes();
+    void theSkyIsNoFace();
     void theDistancesAreFarApart();
     void theWorkerNamesTheOwner();
 
@@ -176,6 +184,44 @@ void RoomFacesTest::theOwnerIsNamedAndNobodyElse() {
             << strangerShown;
     QVERIFY(ownerShown >= ownerPasses);
     QVERIFY(strangerShown >= strangerPasses);
+}
+
+/// He comes close, steps back and turns to both sides, with passes as often as the worker makes
+/// them.
+void RoomFacesTest::theOwnerNeverHasTwoBoxes() {
+    watch->forgetTracks();
+    int named = 0;
+    for (double seconds = ownerVeryClose.from; seconds < ownerProfileRight.to + 2.0;
+         seconds += secondsPerRestingPass) {
+        const QList<FaceOverlay> shown = watch->look(seconds);
+        const auto boxes = std::ranges::count(shown, identity::owner, &FaceOverlay::label);
+        QVERIFY2(boxes <= 1, qPrintable(faceOverlaysLogLine(shown)));
+        named += boxes > 0 ? 1 : 0;
+    }
+    QVERIFY(named > 20);
+}
+
+/// While the owner steps back, the upper half of the follow crop holds hardly more than sky, and
+/// equalising it brings out the sky's grain.
+void RoomFacesTest::theSkyIsNoFace() {
+    constexpr int large_px = 85; // Smaller hits that are no faces are in many crops.
+    int found = 0;
+    for (const double seconds : {21.4, 21.6, 21.8, 22.5}) {
+        for (const QPoint corner : {QPoint(642, 172), QPoint(659, 189), QPoint(676, 206)}) {
+            const QRect followCrop(corner, QSize(591, 332));
+            const QRect body(711, 220, 483, 860);
+            for (const FaceDetection& face : watch->facesIn({followCrop, body}, seconds)) {
+                const bool isOwner = isAt(face.rect, headOf(Person::Owner, seconds));
+                found += isOwner ? 1 : 0;
+                QVERIFY2(isOwner || face.rect.width < large_px,
+                         qPrintable(u"at %1 s: %2,%3 %4"_s.arg(seconds)
+                                        .arg(face.rect.x)
+                                        .arg(face.rect.y)
+                                        .arg(face.rect.width)));
+            }
+        }
+    }
+    QVERIFY(found >= 6); // The owner, in the upper half of the body.
 }
 
 /// Over all passes before.
